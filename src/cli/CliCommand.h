@@ -1,0 +1,35 @@
+// The frame every subcommand of quarvex-cli runs in: start-up, the command, shut-down, errors.
+#pragma once
+
+#include "shell/ProgramState.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quarvex::cli {
+
+/// A subcommand: its CLI11 parser and what it does once parsed. `run` returns the exit status.
+struct CliCommand {
+    CLI::App* parser = nullptr;
+    std::function<int(ProgramState&)> run;
+};
+
+/// Runs the command between start-up and shut-down of a fresh program state. A QuarvexError is
+/// printed to stderr as "title: text" and gives exit status 1.
+int runCommand(const CliCommand& command, const std::optional<std::string>& home);
+
+/// Prints a QuarvexError the way every command reports failure.
+void printError(const std::exception& error);
+
+/// True when stderr is a terminal (progress lines are shown only then).
+bool stderrIsTerminal();
+
+// Registration of the subcommands, one file each.
+CliCommand addInfoCommand(CLI::App& app);
+std::vector<CliCommand> addBenchCommands(CLI::App& app);
+
+} // namespace quarvex::cli

@@ -1,0 +1,87 @@
+// quarvex-cli info: load spectrum files and describe each loaded spectrum.
+#include "cli/CliCommand.h"
+#include "cli/JsonOutput.h"
+#include "specdata/SpecDataManager.h"
+
+#include <iostream>
+#include <memory>
+
+namespace quarvex::cli {
+
+namespace {
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k) {
+    const auto i = static_cast<std::size_t>(k);
+    const auto x = specdata.xValues(k);
+    const MINERALINFO& header = specdata.HEADER[i];
+    return Json{{"number", k + 1},
+                {"name", specdata.NAME[i]},
+                {"path", specdata.PATH[i]},
+                {"numdata", specdata.NUMDATA[i]},
+                {"x_first", jsonNumber(x.front())},
+                {"x_last", jsonNumber(x.back())},
+                {"y_min", jsonNumber(specdata.Y_EXTREMES[i][0])},
+                {"y_max", jsonNumber(specdata.Y_EXTREMES[i][1])},
+                {"dtype", specdata.DTYPE[i]},
+                {"wave_info", specdata.WAVE_INFO[i]},
+                {"names", header.names},
+                {"locality", header.locality},
+                {"id", header.id},
+                {"chemistry", header.chemistry}};
+}
+
+void printSpectrum(const Json& s) {
+    std::cout << "Spectrum " << s["number"] << ": " << s["name"].get<std::string>() << '\n'
+              << "  path       " << s["path"].get<std::string>() << '\n'
+              << "  points     " << s["numdata"] << '\n'
+              << "  x          " << s["x_first"] << " to " << s["x_last"] << '\n'
+              << "  y          " << s["y_min"] << " to " << s["y_max"] << '\n'
+              << "  dtype      " << s["dtype"].get<std::string>() << '\n'
+              << "  wave       " << s["wave_info"].get<std::string>() << '\n'
+              << "  names      " << s["names"].get<std::string>() << '\n'
+              << "  locality   " << s["locality"].get<std::string>() << '\n'
+              << "  id         " << s["id"].get<std::string>() << '\n'
+              << "  chemistry  " << s["chemistry"].get<std::string>() << '\n';
+}
+
+int runInfo(const InfoOptions& options, ProgramState& state) {
+    int status = 0;
+    for (const std::string& file : options.files) {
+        try {
+            READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+        } catch (const std::exception& error) {
+            printError(error);
+            status = 1;
+        }
+    }
+    Json spectra = Json::array();
+    for (int k = 0; k < state.specdata.count(); ++k) {
+        spectra.push_back(spectrumJson(state.specdata, k));
+    }
+    if (options.json) {
+        std::cout << Json{{"spectra", spectra}}.dump(2) << '\n';
+    } else {
+        for (const Json& spectrum : spectra) {
+            printSpectrum(spectrum);
+        }
+    }
+    return status;
+}
+
+} // namespace
+
+CliCommand addInfoCommand(CLI::App& app) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* info = app.add_subcommand(
+        "info", "Load spectrum files and print, per spectrum, its points, ranges and header");
+    info->add_option("files", options->files, "Spectrum files (.grelt, .txt, .dat)")->required();
+    info->add_flag("--json", options->json, "Print JSON instead of text");
+    return {info, [options](ProgramState& state) { return runInfo(*options, state); }};
+}
+
+} // namespace quarvex::cli

@@ -1,0 +1,36 @@
+// quarvex-cli: the command-line front end of the Quarvex core.
+#include "cli/CliCommand.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv) {
+    using namespace quarvex::cli;
+
+    CLI::App app{"Quarvex: identify minerals from their Raman spectra and refine unit cells "
+                 "from X-ray powder patterns."};
+    app.require_subcommand(1);
+    app.fallthrough(); // --home may also follow the subcommand
+    std::optional<std::string> home;
+    app.add_option("--home", home,
+                   "Home folder of the program (working folders, QV.ini, the Raman library); "
+                   "default $QUARVEX_HOME, else the folder of this executable");
+
+    std::vector<CliCommand> commands;
+    commands.push_back(addInfoCommand(app));
+    for (CliCommand& bench : addBenchCommands(app)) {
+        commands.push_back(std::move(bench));
+    }
+
+    CLI11_PARSE(app, argc, argv);
+
+    for (const CliCommand& command : commands) {
+        if (command.parser->parsed()) {
+            return runCommand(command, home);
+        }
+    }
+    return 1;
+}

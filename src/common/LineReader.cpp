@@ -1,0 +1,102 @@
+#include "common/LineReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace quarvex {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+
+std::string_view trimEndOfLine(std::string_view line) {
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+} // namespace
+
+LineReader::LineReader(const std::filesystem::path& path, std::size_t maxLineLength)
+    : maxLineLength_(maxLineLength) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        return; // fopen succeeds on a folder on Linux; reading it then fails
+    }
+    file_.reset(std::fopen(path.c_str(), "rb"));
+    if (file_) {
+        buffer_.resize(kBufferSize);
+    }
+}
+
+bool LineReader::refill() {
+    if (endOfFile_ || !file_) {
+        return false;
+    }
+    const std::size_t got = std::fread(buffer_.data(), 1, buffer_.size(), file_.get());
+    begin_ = 0;
+    end_ = got;
+    if (got < buffer_.size()) {
+        endOfFile_ = true;
+    }
+    return got > 0;
+}
+
+bool LineReader::next(std::string_view& line) {
+    if (!file_) {
+        return false;
+    }
+    longLine_.clear();
+    bool straddles = false;
+    for (;;) {
+        if (begin_ == end_ && !refill()) {
+            if (!straddles) {
+                return false;
+            }
+            line = longLine_; // the last line has no end of line
+            break;
+        }
+        const char* start = buffer_.data() + begin_;
+        const auto* newline = static_cast<const char*>(std::memchr(start, '\n', end_ - begin_));
+        const std::size_t length =
+            newline ? static_cast<std::size_t>(newline - start) : end_ - begin_;
+        if (!straddles && newline) {
+            line = std::string_view(start, length);
+            begin_ += length + 1;
+            break;
+        }
+        // Keep only what the line buffer could hold (plus a possible '\r').
+        const std::size_t room =
+            maxLineLength_ + 1 - std::min(longLine_.size(), maxLineLength_ + 1);
+        longLine_.append(start, std::min(length, room));
+        straddles = true;
+        begin_ += length;
+        if (newline) {
+            ++begin_;
+            line = longLine_;
+            break;
+        }
+    }
+    line = trimEndOfLine(line);
+    if (line.size() > maxLineLength_) {
+        line = line.substr(0, maxLineLength_);
+    }
+    if (std::memchr(line.data(), '\0', line.size()) != nullptr) {
+        sawNul_ = true;
+    }
+    ++lineNumber_;
+    return true;
+}
+
+void LineReader::rewind() {
+    if (!file_) {
+        return;
+    }
+    std::rewind(file_.get());
+    begin_ = end_ = 0;
+    endOfFile_ = false;
+    lineNumber_ = 0;
+}
+
+} // namespace quarvex

@@ -1,0 +1,224 @@
+#include "common/ListReader.h"
+
+#include <array>
+#include <charconv>
+
+namespace quarvex {
+
+namespace {
+
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+bool isValueEnd(char c) {
+    return isBlank(c) || c == ',' || c == '/';
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+void skipBlanks(std::string_view& text) {
+    std::size_t i = 0;
+    while (i < text.size() && isBlank(text[i])) {
+        ++i;
+    }
+    text.remove_prefix(i);
+}
+
+// from_chars takes no leading '+'; a Fortran number may carry one.
+std::string_view withoutPlus(std::string_view token) {
+    if (token.size() > 1 && token.front() == '+') {
+        token.remove_prefix(1);
+    }
+    return token;
+}
+
+template <class Real> bool parseRealToken(std::string_view token, Real& value) {
+    token = withoutPlus(token);
+    // Fortran writes double-precision exponents with D (and quad with Q): give from_chars an E.
+    std::array<char, 64> buffer{};
+    if (token.empty() || token.size() > buffer.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < token.size(); ++i) {
+        const char c = token[i];
+        buffer[i] = (c == 'd' || c == 'D' || c == 'q' || c == 'Q') ? 'e' : c;
+    }
+    const char* end = buffer.data() + token.size();
+    Real parsed{};
+    const auto [ptr, ec] = std::from_chars(buffer.data(), end, parsed);
+    if (ec != std::errc{} || ptr != end) {
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+} // namespace
+
+bool parseReal(std::string_view token, float& value) {
+    return parseRealToken(token, value);
+}
+bool parseReal(std::string_view token, double& value) {
+    return parseRealToken(token, value);
+}
+
+bool parseInteger(std::string_view token, int& value) {
+    token = withoutPlus(token);
+    int parsed = 0;
+    const auto [ptr, ec] = std::from_chars(token.data(), token.data() + token.size(), parsed);
+    if (token.empty() || ec != std::errc{} || ptr != token.data() + token.size()) {
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+bool parseLogical(std::string_view token, bool& value) {
+    if (!token.empty() && token.front() == '.') {
+        token.remove_prefix(1);
+    }
+    if (token.empty()) {
+        return false;
+    }
+    switch (token.front()) {
+    case 't':
+    case 'T':
+        value = true;
+        return true;
+    case 'f':
+    case 'F':
+        value = false;
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ListReader::skipSeparatorAfterValue() {
+    skipBlanks(rest_);
+    if (!rest_.empty() && rest_.front() == ',') {
+        rest_.remove_prefix(1);
+    }
+}
+
+std::string_view ListReader::scanQuoted() {
+    const char quote = rest_.front();
+    rest_.remove_prefix(1);
+    unquoteBuffer_.clear();
+    std::size_t i = 0;
+    while (i < rest_.size()) {
+        if (rest_[i] == quote) {
+            if (i + 1 < rest_.size() && rest_[i + 1] == quote) {
+                unquoteBuffer_.push_back(quote); // a doubled quote stands for one
+                i += 2;
+                continue;
+            }
+            rest_.remove_prefix(i + 1);
+            return unquoteBuffer_;
+        }
+        unquoteBuffer_.push_back(rest_[i]);
+        ++i;
+    }
+    rest_ = {}; // an unclosed quote runs to the end of the record
+    return unquoteBuffer_;
+}
+
+ListReader::Item ListReader::scanValue() {
+    Item item{ItemKind::Value, {}, false};
+    if (rest_.front() == '\'' || rest_.front() == '"') {
+        item.token = scanQuoted();
+        item.quoted = true;
+    } else {
+        std::size_t length = 0;
+        while (length < rest_.size() && !isValueEnd(rest_[length])) {
+            ++length;
+        }
+        item.token = rest_.substr(0, length);
+        rest_.remove_prefix(length);
+    }
+    skipSeparatorAfterValue();
+    return item;
+}
+
+ListReader::Item ListReader::nextItem() {
+    if (repeatsLeft_ > 0) {
+        --repeatsLeft_;
+        return repeated_;
+    }
+    if (slashSeen_) {
+        return {};
+    }
+    skipBlanks(rest_);
+    if (rest_.empty()) {
+        return {};
+    }
+    if (rest_.front() == '/') {
+        slashSeen_ = true;
+        return {};
+    }
+    if (rest_.front() == ',') {
+        rest_.remove_prefix(1);
+        return {ItemKind::Null, {}, false};
+    }
+
+    // A repeat count: digits directly followed by '*'.
+    std::size_t digits = 0;
+    while (digits < rest_.size() && isDigit(rest_[digits])) {
+        ++digits;
+    }
+    int count = 0;
+    if (digits > 0 && digits < rest_.size() && rest_[digits] == '*' &&
+        parseInteger(rest_.substr(0, digits), count) && count > 0) {
+        rest_.remove_prefix(digits + 1);
+        if (rest_.empty() || isValueEnd(rest_.front())) {
+            repeated_ = {ItemKind::Null, {}, false};
+            skipSeparatorAfterValue();
+        } else {
+            repeated_ = scanValue();
+        }
+        repeatsLeft_ = count - 1;
+        return repeated_;
+    }
+    return scanValue();
+}
+
+template <class Parse> FieldStatus ListReader::readWith(Parse parse) {
+    const Item item = nextItem();
+    switch (item.kind) {
+    case ItemKind::End:
+        return slashSeen_ ? FieldStatus::Kept : FieldStatus::Failed;
+    case ItemKind::Null:
+        return FieldStatus::Kept;
+    case ItemKind::Value:
+        break;
+    }
+    return parse(item) ? FieldStatus::Assigned : FieldStatus::Failed;
+}
+
+FieldStatus ListReader::read(float& value) {
+    return readWith([&](const Item& item) { return !item.quoted && parseReal(item.token, value); });
+}
+
+FieldStatus ListReader::read(double& value) {
+    return readWith([&](const Item& item) { return !item.quoted && parseReal(item.token, value); });
+}
+
+FieldStatus ListReader::read(int& value) {
+    return readWith(
+        [&](const Item& item) { return !item.quoted && parseInteger(item.token, value); });
+}
+
+FieldStatus ListReader::read(bool& value) {
+    return readWith(
+        [&](const Item& item) { return !item.quoted && parseLogical(item.token, value); });
+}
+
+FieldStatus ListReader::read(std::string& value) {
+    return readWith([&](const Item& item) {
+        value.assign(item.token);
+        return true;
+    });
+}
+
+} // namespace quarvex

@@ -1,0 +1,51 @@
+#include "common/WorkingFolders.h"
+
+#include <cstdlib>
+#include <string>
+
+namespace quarvex {
+
+std::filesystem::path executableFolder() {
+    std::error_code error;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        return std::filesystem::current_path(error);
+    }
+    return self.parent_path();
+}
+
+std::filesystem::path resolveHomeFolder(const std::optional<std::filesystem::path>& homeOption) {
+    if (homeOption && !homeOption->empty()) {
+        return *homeOption;
+    }
+    const std::string variable(kHomeEnvironmentVariable);
+    if (const char* fromEnvironment = std::getenv(variable.c_str());
+        fromEnvironment != nullptr && *fromEnvironment != '\0') {
+        return fromEnvironment;
+    }
+    return executableFolder();
+}
+
+std::filesystem::path ramanLibraryFolder(const std::filesystem::path& home) {
+    return home / kSearchRecordsFolder / kRamanLibFolder;
+}
+
+std::filesystem::path xrayLibraryFolder(const std::filesystem::path& home) {
+    return home / kSearchRecordsFolder / kXrayLibFolder;
+}
+
+std::array<std::filesystem::path, 6> workingFolders(const std::filesystem::path& home) {
+    return {home / kUndoRecordsFolder, home / kSearchRecordsFolder, ramanLibraryFolder(home),
+            xrayLibraryFolder(home),   home / kRecentFilesFolder,   home / kTempFolder};
+}
+
+void SET_UP_FOLDERS(const std::filesystem::path& home) {
+    for (const auto& folder : workingFolders(home)) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(folder, error)) {
+            std::filesystem::create_directory(folder, error); // failures stay silent
+        }
+    }
+}
+
+} // namespace quarvex

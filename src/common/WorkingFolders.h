@@ -1,0 +1,38 @@
+// The program's home folder and the working folders below it.
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+namespace quarvex {
+
+inline constexpr std::string_view kUndoRecordsFolder = "UndoRecords";
+inline constexpr std::string_view kSearchRecordsFolder = "SearchRecords";
+inline constexpr std::string_view kRamanLibFolder = "RamanLib";
+inline constexpr std::string_view kXrayLibFolder = "XrayLib";
+inline constexpr std::string_view kRecentFilesFolder = "RecentFiles";
+inline constexpr std::string_view kTempFolder = "TempFold";
+
+/// Environment variable that names the home folder when no --home option is given.
+inline constexpr std::string_view kHomeEnvironmentVariable = "QUARVEX_HOME";
+
+/// The folder that holds the running executable.
+std::filesystem::path executableFolder();
+
+/// The program's home folder: `homeOption` (--home) if given, else $QUARVEX_HOME if set and not
+/// empty, else the executable's folder.
+std::filesystem::path resolveHomeFolder(const std::optional<std::filesystem::path>& homeOption);
+
+/// The six working folders below `home`, in the order they are created.
+std::array<std::filesystem::path, 6> workingFolders(const std::filesystem::path& home);
+
+/// "SearchRecords/RamanLib/" and "SearchRecords/XrayLib/" below `home`.
+std::filesystem::path ramanLibraryFolder(const std::filesystem::path& home);
+std::filesystem::path xrayLibraryFolder(const std::filesystem::path& home);
+
+/// Creates the working folders that are missing; a folder that cannot be created is ignored.
+void SET_UP_FOLDERS(const std::filesystem::path& home);
+
+} // namespace quarvex

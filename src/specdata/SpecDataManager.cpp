@@ -1,0 +1,305 @@
+#include "specdata/SpecDataManager.h"
+
+#include "common/LineReader.h"
+#include "common/ListReader.h"
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+#include "specdata/PointOrder.h"
+
+#include <cmath>
+#include <string>
+
+namespace quarvex {
+
+namespace {
+
+constexpr std::string_view kNamesKey = "##NAMES=";
+constexpr std::string_view kLocalityKey = "##LOCALITY=";
+constexpr std::string_view kGreltIdKey = "##GRELTID=";
+constexpr std::string_view kChemistryKey = "##CHEMISTRY=";
+constexpr std::string_view kCalOffsetKey = "CAL_OFFSET";
+constexpr std::string_view kCalSlopeKey = "CAL_SLOPE";
+constexpr std::string_view kCalQuadKey = "CAL_QUAD";
+constexpr std::string_view kTwoThetaKey = "TWO_THETA";
+constexpr std::string_view kCommentStart = "<COM>";
+constexpr std::string_view kCommentEnd = "</COM>";
+constexpr std::string_view kDataTypeKey = "dtype:";
+constexpr std::string_view kWaveKey = "wave:";
+constexpr std::size_t kPathWidth = 256;
+
+/// Data type of calibrated files without a "dtype:" line.
+constexpr std::string_view kTwoThetaDataType = "XRD";
+constexpr std::string_view kEnergyDataType = "ENERGY";
+
+// Everything of a file outside its data lines.
+struct FileHeader {
+    MINERALINFO header;
+    std::string dtype;
+    std::string waveInfo;
+    bool calibrated = false;
+    bool twoTheta = false;
+    bool hasSlope = false;
+    float calOffset = 0.0F;
+    float calSlope = 0.0F;
+    float calQuad = 0.0F;
+};
+
+std::string fileText(const std::filesystem::path& path) {
+    return path.string();
+}
+
+[[noreturn]] void throwDataError(const std::filesystem::path& path, const std::string& what) {
+    throw QuarvexError(fileText(path) + ": " + what, std::string(kDataFileErrorTitle));
+}
+
+LineReader openOrThrow(const std::filesystem::path& path) {
+    LineReader reader(path);
+    if (!reader.isOpen()) {
+        throw QuarvexError(std::string(kFileReadErrorText), std::string(kFileReadErrorTitle));
+    }
+    return reader;
+}
+
+std::string headerValue(std::string_view line, std::string_view key) {
+    return fitted(trimmedRight(line.substr(key.size())), kMineralInfoWidth);
+}
+
+// The coefficient of a calibration line: the first number after the key (and any '=' or ':').
+float calibrationCoefficient(std::string_view line, std::string_view key,
+                             const std::filesystem::path& path, std::int64_t lineNumber) {
+    std::string_view rest = line.substr(key.size());
+    while (!rest.empty() && (rest.front() == '=' || rest.front() == ':')) {
+        rest.remove_prefix(1);
+    }
+    float value = 0.0F;
+    if (!readAll(rest, value)) {
+        throwDataError(path, "line " + std::to_string(lineNumber) + ": no number after " +
+                                 std::string(key));
+    }
+    return value;
+}
+
+// Reads every line; keys and the comment block go to `header`, every other line to onOther.
+template <class OnOther>
+void scanLines(LineReader& reader, const std::filesystem::path& path, FileHeader& header,
+               OnOther onOther) {
+    std::string_view line;
+    while (reader.next(line)) {
+        if (startsWithKey(line, kNamesKey)) {
+            header.header.names = headerValue(line, kNamesKey);
+        } else if (startsWithKey(line, kLocalityKey)) {
+            header.header.locality = headerValue(line, kLocalityKey);
+        } else if (startsWithKey(line, kGreltIdKey)) {
+            header.header.id = headerValue(line, kGreltIdKey);
+        } else if (startsWithKey(line, kChemistryKey)) {
+            header.header.chemistry = headerValue(line, kChemistryKey);
+        } else if (startsWithKey(line, kCalOffsetKey)) {
+            header.calibrated = true;
+            header.calOffset =
+                calibrationCoefficient(line, kCalOffsetKey, path, reader.lineNumber());
+        } else if (startsWithKey(line, kCalSlopeKey)) {
+            header.hasSlope = true;
+            header.calSlope = calibrationCoefficient(line, kCalSlopeKey, path, reader.lineNumber());
+        } else if (startsWithKey(line, kCalQuadKey)) {
+            header.calQuad = calibrationCoefficient(line, kCalQuadKey, path, reader.lineNumber());
+        } else if (startsWithKey(line, kTwoThetaKey)) {
+            header.twoTheta = true;
+        } else if (startsWithKey(line, kCommentStart)) {
+            READ_COM(reader, header.dtype, header.waveInfo);
+        } else {
+            onOther(line, reader.lineNumber());
+        }
+    }
+    if (reader.sawNulByte()) {
+        throwDataError(path, "not a text file (it holds binary data)");
+    }
+}
+
+enum class PointRead { Point, NotData, NotFinite };
+
+// A data line holds two numbers: x, then y. Numbers that single precision cannot hold, NaN and
+// Inf are refused rather than dropped.
+PointRead readPoint(std::string_view line, float& x, float& y) {
+    if (readAll(line, x, y)) {
+        return std::isfinite(x) && std::isfinite(y) ? PointRead::Point : PointRead::NotFinite;
+    }
+    double wideX = 0.0;
+    double wideY = 0.0;
+    return readAll(line, wideX, wideY) ? PointRead::NotFinite : PointRead::NotData;
+}
+
+// A channel line of a calibrated file: one number, or two of which the second is the value.
+PointRead readChannel(std::string_view line, float& y) {
+    float first = 0.0F;
+    float second = 0.0F;
+    if (readAll(line, first, second)) {
+        y = second;
+    } else if (readAll(line, first)) {
+        y = first;
+    } else {
+        double wide = 0.0;
+        return readAll(line, wide) ? PointRead::NotFinite : PointRead::NotData;
+    }
+    return std::isfinite(y) ? PointRead::Point : PointRead::NotFinite;
+}
+
+[[noreturn]] void throwNotFinite(const std::filesystem::path& path, std::int64_t lineNumber) {
+    throwDataError(path, "line " + std::to_string(lineNumber) +
+                             " holds a value that is not a finite single-precision number "
+                             "(NaN, Inf or out of range)");
+}
+
+SpectrumRecord recordFrom(const std::filesystem::path& path, FileHeader& header,
+                          std::string_view defaultType) {
+    SpectrumRecord record;
+    record.name = fitted(path.filename().string(), kPathWidth);
+    record.path = fitted(path.string(), kPathWidth);
+    record.dtype = header.dtype.empty() ? std::string(defaultType) : std::move(header.dtype);
+    record.waveInfo = std::move(header.waveInfo);
+    record.header = std::move(header.header);
+    return record;
+}
+
+void reserveFor(SpectrumRecord& record, std::int64_t points) {
+    record.x.reserve(static_cast<std::size_t>(points));
+    record.y.reserve(static_cast<std::size_t>(points));
+}
+
+} // namespace
+
+void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo) {
+    std::string_view line;
+    while (reader.next(line)) {
+        if (startsWithKey(line, kCommentEnd)) {
+            return;
+        }
+        if (startsWithKey(line, kDataTypeKey)) {
+            dtype = fitted(trimmed(line.substr(kDataTypeKey.size())), kMineralInfoWidth);
+        } else if (startsWithKey(line, kWaveKey)) {
+            waveInfo = fitted(trimmed(line.substr(kWaveKey.size())), kMineralInfoWidth);
+        }
+    }
+}
+
+SpectrumFileCount GET_NUMBER_DATA_POINTS(const std::filesystem::path& path) {
+    LineReader reader = openOrThrow(path);
+    FileHeader header;
+    SpectrumFileCount count;
+    float x = 0.0F;
+    float y = 0.0F;
+    scanLines(reader, path, header, [&](std::string_view line, std::int64_t) {
+        if (readPoint(line, x, y) == PointRead::Point) {
+            ++count.dataLines;
+        }
+    });
+    count.calibrated = header.calibrated;
+    return count;
+}
+
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
+                                       std::int64_t expectedPoints) {
+    LineReader reader = openOrThrow(path);
+    FileHeader header;
+    std::vector<float> xs;
+    std::vector<float> ys;
+    xs.reserve(static_cast<std::size_t>(expectedPoints));
+    ys.reserve(static_cast<std::size_t>(expectedPoints));
+    float x = 0.0F;
+    float y = 0.0F;
+    scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
+        switch (readPoint(line, x, y)) {
+        case PointRead::Point:
+            xs.push_back(x);
+            ys.push_back(y);
+            break;
+        case PointRead::NotFinite:
+            throwNotFinite(path, lineNumber);
+        case PointRead::NotData:
+            break;
+        }
+    });
+    SpectrumRecord record = recordFrom(path, header, kDefaultDataType);
+    record.x = std::move(xs);
+    record.y = std::move(ys);
+    orderByAscendingX(record.x, record.y);
+    return record;
+}
+
+std::int64_t NUM_ENERGY_DATA_POINTS(const std::filesystem::path& path) {
+    LineReader reader = openOrThrow(path);
+    FileHeader header;
+    std::int64_t channels = 0;
+    float y = 0.0F;
+    scanLines(reader, path, header, [&](std::string_view line, std::int64_t) {
+        if (readChannel(line, y) == PointRead::Point) {
+            ++channels;
+        }
+    });
+    return channels;
+}
+
+SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
+                                     std::int64_t expectedPoints) {
+    LineReader reader = openOrThrow(path);
+    FileHeader header;
+    std::vector<float> ys;
+    ys.reserve(static_cast<std::size_t>(expectedPoints));
+    float y = 0.0F;
+    scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
+        switch (readChannel(line, y)) {
+        case PointRead::Point:
+            ys.push_back(y);
+            break;
+        case PointRead::NotFinite:
+            throwNotFinite(path, lineNumber);
+        case PointRead::NotData:
+            break;
+        }
+    });
+    if (!header.hasSlope) {
+        throwDataError(path, "the file is calibrated (CAL_OFFSET) but has no CAL_SLOPE line");
+    }
+    const std::string_view defaultType = header.twoTheta ? kTwoThetaDataType : kEnergyDataType;
+    SpectrumRecord record = recordFrom(path, header, defaultType);
+    reserveFor(record, static_cast<std::int64_t>(ys.size()));
+    for (std::size_t i = 0; i < ys.size(); ++i) {
+        const auto channel = static_cast<float>(i + 1);
+        // Square term first, then the linear term, then the offset, all in single precision.
+        float value = header.calQuad * (channel * channel);
+        value = value + header.calSlope * channel;
+        value = value + header.calOffset;
+        record.x.push_back(value);
+    }
+    record.y = std::move(ys);
+    orderByAscendingX(record.x, record.y);
+    return record;
+}
+
+int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
+                       const std::filesystem::path& path) {
+    const SpectrumFileCount count = GET_NUMBER_DATA_POINTS(path);
+    SpectrumRecord record = count.calibrated
+                                ? FILL_IN_ENERGY_ARRAYS(path, NUM_ENERGY_DATA_POINTS(path))
+                                : FILL_IN_SPECDATA_ARRAYS(path, count.dataLines);
+    if (record.x.empty()) {
+        throw QuarvexError("No data points found in " + fileText(path),
+                           std::string(kDataFileErrorTitle));
+    }
+    mineralInfo = record.header;
+    return appendSpectrum(specdata, std::move(record));
+}
+
+std::string_view fileFilterForPreviousExtension(std::string_view previousExtension) {
+    if (previousExtension == ".grelt") {
+        return "GRELT Files (*.grelt)|*.grelt|Text Data Files (*.txt)|*.txt|Other Data Files "
+               "(*.dat)|*.dat|All Files (*.*)|*.*|";
+    }
+    if (previousExtension == ".txt") {
+        return "Text Files (*.txt)|*.txt|GRELT Files (*.grelt)|*.grelt|Other Data Files "
+               "(*.dat)|*.dat|All Files (*.*)|*.*|";
+    }
+    return "All Files (*.*)|*.*|GRELT Files (*.grelt)|*.grelt|Text Data Files (*.txt)|*.txt|"
+           "Other Data Files (*.dat)|*.dat|";
+}
+
+} // namespace quarvex

@@ -1,0 +1,62 @@
+// Reading spectrum files (".grelt", ".txt", ".dat") into the set of loaded spectra.
+#pragma once
+
+#include "specdata/MineralInfo.h"
+#include "specdata/SpecDataGlobals.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace quarvex {
+
+class LineReader;
+
+inline constexpr std::string_view kFileReadErrorText = "ERROR WITH INCOMING DATA, FILE READ";
+inline constexpr std::string_view kFileReadErrorTitle = "SHARING ERROR";
+/// Title of the reader's own messages (no data, binary file, non-finite values).
+inline constexpr std::string_view kDataFileErrorTitle = "DATA FILE ERROR";
+/// Data type of a spectrum whose file has no "dtype:" line.
+inline constexpr std::string_view kDefaultDataType = "RAMAN";
+
+/// What the counting pass learns of a file.
+struct SpectrumFileCount {
+    std::int64_t dataLines = 0; ///< lines that hold an x, y pair
+    bool calibrated = false;    ///< a line begins with "CAL_OFFSET"
+};
+
+/// Counts the x, y data lines of a spectrum file and tells whether it is energy-calibrated.
+/// Throws QuarvexError ("ERROR WITH INCOMING DATA, FILE READ" / "SHARING ERROR") when the file
+/// cannot be opened, and a DATA FILE ERROR for a binary file.
+SpectrumFileCount GET_NUMBER_DATA_POINTS(const std::filesystem::path& path);
+
+/// Reads the header keys, the comment block and the x, y pairs of a plain spectrum file
+/// (`expectedPoints` from the counting pass reserves the arrays). Points come out in ascending x
+/// with duplicate x merged into one point of mean y. Throws on a non-finite value.
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
+                                       std::int64_t expectedPoints);
+
+/// Reads the lines of one comment block after "<COM>", up to a line that begins with "</COM>"
+/// (or the end of the file), taking "dtype:" and "wave:" from them.
+void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo);
+
+/// Counts the channels of an energy-calibrated file: its lines of one or two numbers.
+std::int64_t NUM_ENERGY_DATA_POINTS(const std::filesystem::path& path);
+
+/// Reads an energy-calibrated file: x of channel i (from 1) is
+/// CAL_QUAD·i² + CAL_SLOPE·i + CAL_OFFSET in single precision, y the channel's value.
+SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
+                                     std::int64_t expectedPoints);
+
+/// Reads a spectrum file into a new spectrum at the end of the set, which becomes the active
+/// one; its header values also go to `mineralInfo`. Returns the new index (0-based). On any
+/// failure throws QuarvexError and leaves the set and `mineralInfo` unchanged.
+int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
+                       const std::filesystem::path& path);
+
+/// The "|"-separated filter list of the open-file dialog, the type of the previously chosen
+/// file first (".grelt" or ".txt"; any other extension puts all files first).
+std::string_view fileFilterForPreviousExtension(std::string_view previousExtension);
+
+} // namespace quarvex

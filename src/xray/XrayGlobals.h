@@ -1,0 +1,17 @@
+// State groups of the X-ray side: reference patterns, peaks and the refinement blocks.
+#pragma once
+
+namespace quarvex {
+
+/// Diffraction-pattern state: the loaded reference patterns.
+struct DIFF_GLOBALS {};
+
+/// X-ray peak state: the observed peaks of each phase.
+struct XRAY_PEAK_GLOBALS {};
+
+/// Shared blocks of the refinement code.
+struct PARMMAX {};
+struct INOUTPARMS {};
+struct DATASTFF {};
+
+} // namespace quarvex
