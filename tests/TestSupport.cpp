@@ -1,6 +1,9 @@
 #include "TestSupport.h"
 
+#include <sys/wait.h>
+
 #include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -35,6 +38,19 @@ std::string readFile(const std::filesystem::path& path) {
 
 std::filesystem::path sourcePath(std::string_view relative) {
     return std::filesystem::path(QUARVEX_SOURCE_DIR) / relative;
+}
+
+ProgramRun runProgram(const std::string& commandLine) {
+    TempFolder streams;
+    const auto out = streams.path() / "stdout";
+    const auto err = streams.path() / "stderr";
+    const std::string full = commandLine + " >'" + out.string() + "' 2>'" + err.string() + "'";
+    const int raw = std::system(full.c_str());
+    ProgramRun run;
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    run.out = readFile(out);
+    run.err = readFile(err);
+    return run;
 }
 
 } // namespace quarvex::test

@@ -29,4 +29,14 @@ std::string readFile(const std::filesystem::path& path);
 /// A path below the repository's root (QUARVEX_SOURCE_DIR).
 std::filesystem::path sourcePath(std::string_view relative);
 
+/// What a program run by `runProgram` printed, and its exit status.
+struct ProgramRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+/// Runs a shell command line and captures its stdout, stderr and exit status.
+ProgramRun runProgram(const std::string& commandLine);
+
 } // namespace quarvex::test

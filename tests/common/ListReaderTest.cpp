@@ -1,0 +1,127 @@
+// The free-format reader against hand-worked records of list-directed input.
+#include "common/ListReader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quarvex {
+namespace {
+
+using S = FieldStatus;
+
+struct RealCase {
+    const char* record;
+    std::vector<S> statuses;    // one read per entry
+    std::vector<double> values; // variable after each read (start value -1)
+};
+
+TEST(ListReader, ReadsRealsLikeAListDirectedRead) {
+    const std::vector<RealCase> cases = {
+        {"1.5 2.5", {S::Assigned, S::Assigned}, {1.5, 2.5}},
+        {"1.5,2.5", {S::Assigned, S::Assigned}, {1.5, 2.5}},
+        {"  1.5 ,  2.5  ", {S::Assigned, S::Assigned}, {1.5, 2.5}},
+        {"\t1.5\t2.5", {S::Assigned, S::Assigned}, {1.5, 2.5}},
+        {"1.5d3 -2.5D-1", {S::Assigned, S::Assigned}, {1500.0, -0.25}},
+        {"+4. .5", {S::Assigned, S::Assigned}, {4.0, 0.5}},
+        {"1.0E+02 7", {S::Assigned, S::Assigned}, {100.0, 7.0}},
+        {"3*2.0", {S::Assigned, S::Assigned, S::Assigned, S::Failed}, {2.0, 2.0, 2.0, -1.0}},
+        {"2* 5", {S::Kept, S::Kept, S::Assigned}, {-1.0, -1.0, 5.0}},
+        {"1,,3", {S::Assigned, S::Kept, S::Assigned}, {1.0, -1.0, 3.0}},
+        {",3", {S::Kept, S::Assigned}, {-1.0, 3.0}},
+        {"1 / 2", {S::Assigned, S::Kept, S::Kept}, {1.0, -1.0, -1.0}},
+        {"1/2", {S::Assigned, S::Kept}, {1.0, -1.0}},
+        {"1", {S::Assigned, S::Failed}, {1.0, -1.0}},
+        {"1,", {S::Assigned, S::Failed}, {1.0, -1.0}},
+        {"", {S::Failed}, {-1.0}},
+        {"abc", {S::Failed}, {-1.0}},
+        {"1.5x", {S::Failed}, {-1.0}},
+        {"'1.5'", {S::Failed}, {-1.0}},
+        {"1.0 2.0 trailing words", {S::Assigned, S::Assigned}, {1.0, 2.0}},
+    };
+    for (const RealCase& c : cases) {
+        ListReader reader(c.record);
+        for (std::size_t i = 0; i < c.statuses.size(); ++i) {
+            double value = -1.0;
+            EXPECT_EQ(reader.read(value), c.statuses[i])
+                << "record \"" << c.record << "\" read " << i;
+            EXPECT_EQ(value, c.values[i]) << "record \"" << c.record << "\" read " << i;
+        }
+    }
+}
+
+TEST(ListReader, RealsRoundCorrectlyToSinglePrecision) {
+    // 0.1 read straight into a float is the nearest float, not the double 0.1 rounded twice.
+    float value = 0.0F;
+    ListReader reader("0.1 16777217 1e39");
+    ASSERT_EQ(reader.read(value), S::Assigned);
+    EXPECT_EQ(value, 0.1F);
+    ASSERT_EQ(reader.read(value), S::Assigned);
+    EXPECT_EQ(value, 16777216.0F);
+    EXPECT_EQ(reader.read(value), S::Failed) << "beyond single precision";
+}
+
+struct TextCase {
+    const char* record;
+    std::vector<std::string> values;
+};
+
+TEST(ListReader, ReadsTextValues) {
+    const std::vector<TextCase> cases = {
+        {"Quartz", {"Quartz"}},
+        {"Alpha quartz", {"Alpha", "quartz"}},
+        {"'Alpha quartz', next", {"Alpha quartz", "next"}},
+        {"\"Alpha, quartz\"", {"Alpha, quartz"}},
+        {"'it''s'", {"it's"}},
+        {"a/b", {"a"}},
+        {"2*'x y'", {"x y", "x y"}},
+    };
+    for (const TextCase& c : cases) {
+        ListReader reader(c.record);
+        for (const std::string& expected : c.values) {
+            std::string value;
+            EXPECT_EQ(reader.read(value), S::Assigned) << c.record;
+            EXPECT_EQ(value, expected) << c.record;
+        }
+    }
+}
+
+TEST(ListReader, ReadsIntegersAndLogicals) {
+    int a = 0;
+    int b = 0;
+    EXPECT_TRUE(readAll("32 +7", a, b));
+    EXPECT_EQ(a, 32);
+    EXPECT_EQ(b, 7);
+    EXPECT_FALSE(readAll("3.0", a)) << "an integer takes no decimal point";
+
+    struct LogicalCase {
+        const char* token;
+        bool parses;
+        bool value;
+    };
+    const LogicalCase logicals[] = {{"T", true, true},        {".TRUE.", true, true},
+                                    {"f", true, false},       {".false.", true, false},
+                                    {"Tomorrow", true, true}, {"yes", false, false},
+                                    {".", false, false}};
+    for (const LogicalCase& c : logicals) {
+        bool value = !c.value;
+        EXPECT_EQ(readAll(c.token, value), c.parses) << c.token;
+        if (c.parses) {
+            EXPECT_EQ(value, c.value) << c.token;
+        }
+    }
+}
+
+TEST(ListReader, ReadListKeepsNullsWhileReadAllRequiresEveryValue) {
+    float x = 9.0F;
+    float y = 9.0F;
+    EXPECT_TRUE(readList("1.0 /", x, y));
+    EXPECT_EQ(x, 1.0F);
+    EXPECT_EQ(y, 9.0F);
+    EXPECT_FALSE(readAll("1.0 /", x, y));
+    EXPECT_FALSE(readList("1.0 oops", x, y));
+}
+
+} // namespace
+} // namespace quarvex
