@@ -149,20 +149,34 @@ PointRead readChannel(std::string_view line, float& y) {
                              "(NaN, Inf or out of range)");
 }
 
-SpectrumRecord recordFrom(const std::filesystem::path& path, FileHeader& header,
-                          std::string_view defaultType) {
-    SpectrumRecord record;
+// Reads every data line of a file with `readValues` (which fills the caller's variables) and
+// calls `onValues` for each accepted line; a non-finite value ends the read with a message.
+template <class ReadValues, class OnValues>
+FileHeader readDataLines(const std::filesystem::path& path, ReadValues readValues,
+                         OnValues onValues) {
+    LineReader reader = openOrThrow(path);
+    FileHeader header;
+    scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
+        switch (readValues(line)) {
+        case PointRead::Point:
+            onValues();
+            break;
+        case PointRead::NotFinite:
+            throwNotFinite(path, lineNumber);
+        case PointRead::NotData:
+            break;
+        }
+    });
+    return header;
+}
+
+void describe(SpectrumRecord& record, const std::filesystem::path& path, FileHeader& header,
+              std::string_view defaultType) {
     record.name = fitted(path.filename().string(), kPathWidth);
     record.path = fitted(path.string(), kPathWidth);
     record.dtype = header.dtype.empty() ? std::string(defaultType) : std::move(header.dtype);
     record.waveInfo = std::move(header.waveInfo);
     record.header = std::move(header.header);
-    return record;
-}
-
-void reserveFor(SpectrumRecord& record, std::int64_t points) {
-    record.x.reserve(static_cast<std::size_t>(points));
-    record.y.reserve(static_cast<std::size_t>(points));
 }
 
 } // namespace
@@ -182,87 +196,56 @@ void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo) {
 }
 
 SpectrumFileCount GET_NUMBER_DATA_POINTS(const std::filesystem::path& path) {
-    LineReader reader = openOrThrow(path);
-    FileHeader header;
     SpectrumFileCount count;
     float x = 0.0F;
     float y = 0.0F;
-    scanLines(reader, path, header, [&](std::string_view line, std::int64_t) {
-        if (readPoint(line, x, y) == PointRead::Point) {
-            ++count.dataLines;
-        }
-    });
+    const FileHeader header = readDataLines(
+        path, [&](std::string_view line) { return readPoint(line, x, y); },
+        [&] { ++count.dataLines; });
     count.calibrated = header.calibrated;
     return count;
 }
 
 SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
                                        std::int64_t expectedPoints) {
-    LineReader reader = openOrThrow(path);
-    FileHeader header;
-    std::vector<float> xs;
-    std::vector<float> ys;
-    xs.reserve(static_cast<std::size_t>(expectedPoints));
-    ys.reserve(static_cast<std::size_t>(expectedPoints));
+    SpectrumRecord record;
+    record.x.reserve(static_cast<std::size_t>(expectedPoints));
+    record.y.reserve(static_cast<std::size_t>(expectedPoints));
     float x = 0.0F;
     float y = 0.0F;
-    scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
-        switch (readPoint(line, x, y)) {
-        case PointRead::Point:
-            xs.push_back(x);
-            ys.push_back(y);
-            break;
-        case PointRead::NotFinite:
-            throwNotFinite(path, lineNumber);
-        case PointRead::NotData:
-            break;
-        }
-    });
-    SpectrumRecord record = recordFrom(path, header, kDefaultDataType);
-    record.x = std::move(xs);
-    record.y = std::move(ys);
+    FileHeader header = readDataLines(
+        path, [&](std::string_view line) { return readPoint(line, x, y); },
+        [&] {
+            record.x.push_back(x);
+            record.y.push_back(y);
+        });
+    describe(record, path, header, kDefaultDataType);
     orderByAscendingX(record.x, record.y);
     return record;
 }
 
 std::int64_t NUM_ENERGY_DATA_POINTS(const std::filesystem::path& path) {
-    LineReader reader = openOrThrow(path);
-    FileHeader header;
     std::int64_t channels = 0;
     float y = 0.0F;
-    scanLines(reader, path, header, [&](std::string_view line, std::int64_t) {
-        if (readChannel(line, y) == PointRead::Point) {
-            ++channels;
-        }
-    });
+    readDataLines(
+        path, [&](std::string_view line) { return readChannel(line, y); }, [&] { ++channels; });
     return channels;
 }
 
 SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
                                      std::int64_t expectedPoints) {
-    LineReader reader = openOrThrow(path);
-    FileHeader header;
-    std::vector<float> ys;
-    ys.reserve(static_cast<std::size_t>(expectedPoints));
+    SpectrumRecord record;
+    record.y.reserve(static_cast<std::size_t>(expectedPoints));
     float y = 0.0F;
-    scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
-        switch (readChannel(line, y)) {
-        case PointRead::Point:
-            ys.push_back(y);
-            break;
-        case PointRead::NotFinite:
-            throwNotFinite(path, lineNumber);
-        case PointRead::NotData:
-            break;
-        }
-    });
+    FileHeader header = readDataLines(
+        path, [&](std::string_view line) { return readChannel(line, y); },
+        [&] { record.y.push_back(y); });
     if (!header.hasSlope) {
         throwDataError(path, "the file is calibrated (CAL_OFFSET) but has no CAL_SLOPE line");
     }
-    const std::string_view defaultType = header.twoTheta ? kTwoThetaDataType : kEnergyDataType;
-    SpectrumRecord record = recordFrom(path, header, defaultType);
-    reserveFor(record, static_cast<std::int64_t>(ys.size()));
-    for (std::size_t i = 0; i < ys.size(); ++i) {
+    describe(record, path, header, header.twoTheta ? kTwoThetaDataType : kEnergyDataType);
+    record.x.reserve(record.y.size());
+    for (std::size_t i = 0; i < record.y.size(); ++i) {
         const auto channel = static_cast<float>(i + 1);
         // Square term first, then the linear term, then the offset, all in single precision.
         float value = header.calQuad * (channel * channel);
@@ -270,7 +253,6 @@ SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
         value = value + header.calOffset;
         record.x.push_back(value);
     }
-    record.y = std::move(ys);
     orderByAscendingX(record.x, record.y);
     return record;
 }

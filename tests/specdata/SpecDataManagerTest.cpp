@@ -129,6 +129,7 @@ TEST(SpecDataManager, BadInputLeavesTheLoadedSpectraUnchanged) {
     const std::string dataError(kDataFileErrorTitle);
     const std::vector<BadInput> cases = {
         {"missing", std::nullopt, "ERROR WITH INCOMING DATA, FILE READ", "SHARING ERROR"},
+        {"a folder", "folder", "ERROR WITH INCOMING DATA, FILE READ", "SHARING ERROR"},
         {"empty", "", "No data points found in ", dataError},
         {"headers only", "##NAMES=Quartz\n<COM>\ndtype: RAMAN\n</COM>\ntext\n",
          "No data points found in ", dataError},
