@@ -19,6 +19,7 @@ template <class F> void forEachPerSpectrumField(SPECDATA_GLOBALS& s, F&& f) {
     f(s.STACK_BUFF, s.DATA_STACK_BUFF2);
     f(s.ABS_SCALE, s.DATA_ABS_SCALE2);
     f(s.ACTIVE, s.DATA_ACTIVE2);
+    f(s.VISIBLE, s.DATA_VISIBLE2);
     f(s.HEADER, s.DATA_HEADER2);
 }
 
@@ -152,6 +153,7 @@ int appendSpectrum(SPECDATA_GLOBALS& specdata, SpectrumRecord record) {
     specdata.ABS_SCALE[k] = 0.0F;
     std::fill(specdata.ACTIVE.begin(), specdata.ACTIVE.end(), false);
     specdata.ACTIVE[k] = true;
+    specdata.VISIBLE[k] = true;
     return spectra;
 }
 

@@ -28,6 +28,7 @@ struct SPECDATA_GLOBALS {
     std::vector<float> STACK_BUFF;   ///< vertical offset above the spectrum below
     std::vector<float> ABS_SCALE;    ///< full-scale y of the drawing; 0 = automatic
     std::vector<bool> ACTIVE;        ///< the spectrum in focus
+    std::vector<bool> VISIBLE;       ///< drawn in the view (false: hidden, still loaded)
     std::vector<MINERALINFO> HEADER; ///< the file's four header values
     int pointDimension = 0;          ///< rows of X and Y: the largest NUMDATA
 
@@ -43,6 +44,7 @@ struct SPECDATA_GLOBALS {
     std::vector<float> DATA_STACK_BUFF2;
     std::vector<float> DATA_ABS_SCALE2;
     std::vector<bool> DATA_ACTIVE2;
+    std::vector<bool> DATA_VISIBLE2;
     std::vector<MINERALINFO> DATA_HEADER2;
     int DATA_pointDimension2 = 0;
 
