@@ -31,5 +31,9 @@ bool stderrIsTerminal();
 // Registration of the subcommands, one file each.
 CliCommand addInfoCommand(CLI::App& app);
 std::vector<CliCommand> addBenchCommands(CLI::App& app);
+std::vector<CliCommand> addLibraryCommands(CLI::App& app);
+CliCommand addResampleCommand(CLI::App& app);
+/// Adds `bench library` and `bench search` to the bench group (addBenchCommands first).
+std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app);
 
 } // namespace quarvex::cli

@@ -21,7 +21,14 @@ int main(int argc, char** argv) {
 
     std::vector<CliCommand> commands;
     commands.push_back(addInfoCommand(app));
+    for (CliCommand& command : addLibraryCommands(app)) {
+        commands.push_back(std::move(command));
+    }
+    commands.push_back(addResampleCommand(app));
     for (CliCommand& bench : addBenchCommands(app)) {
+        commands.push_back(std::move(bench));
+    }
+    for (CliCommand& bench : addLibraryBenchCommands(app)) {
         commands.push_back(std::move(bench));
     }
 

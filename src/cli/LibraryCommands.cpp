@@ -1,0 +1,190 @@
+// quarvex-cli compile and quarvex-cli search: compile the Raman library of the home folder and
+// search a spectrum file against it.
+#include "cli/CliCommand.h"
+#include "cli/JsonOutput.h"
+#include "common/ListReader.h"
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+#include "library/DotProdSearch.h"
+#include "specdata/SpecDataManager.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+namespace quarvex::cli {
+
+namespace {
+
+struct SearchOptions {
+    std::string file;
+    std::optional<std::string> range;
+    std::optional<int> top;
+    bool json = false;
+};
+
+// A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
+ProgressCallback terminalProgress() {
+    if (!stderrIsTerminal()) {
+        return {};
+    }
+    auto last = std::make_shared<std::chrono::steady_clock::time_point>();
+    return [last](std::string_view status, double fraction) {
+        const auto now = std::chrono::steady_clock::now();
+        if (fraction < 1.0 && now - *last < std::chrono::milliseconds(100)) {
+            return;
+        }
+        *last = now;
+        std::cerr << '\r' << status << ' ' << static_cast<int>(fraction * 100.0) << "%   "
+                  << (fraction >= 1.0 ? "\n" : "") << std::flush;
+    };
+}
+
+void printCompilation(const LibraryCompilation& compilation, std::ostream& out) {
+    out << "Library folder: " << compilation.folder.string() << '\n'
+        << "Entries: " << compilation.entries << '\n';
+    if (compilation.nameListLines != compilation.entries) {
+        out << "Name-list lines: " << compilation.nameListLines
+            << " (\"Consistency\" files are listed but not compiled)\n";
+    }
+    out << "Skipped files: " << compilation.skipped.size() << '\n';
+    for (const SkippedFile& skipped : compilation.skipped) {
+        out << "  " << skipped.name << ": " << skipped.reason << '\n';
+    }
+}
+
+int runCompile(ProgramState& state) {
+    printCompilation(CREATE_SEARCH_LIB(state.quarvex.programFolder, terminalProgress()), std::cout);
+    return 0;
+}
+
+// The points of x within [low, high] (x ascending): a contiguous run.
+std::pair<std::size_t, std::size_t> selectedArea(std::span<const float> x, float low, float high) {
+    const auto first = std::lower_bound(x.begin(), x.end(), low);
+    const auto last = std::upper_bound(first, x.end(), high);
+    return {static_cast<std::size_t>(first - x.begin()), static_cast<std::size_t>(last - first)};
+}
+
+std::pair<float, float> parseRange(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    float low = 0.0F;
+    float high = 0.0F;
+    if (colon == std::string::npos || !parseReal(text.substr(0, colon), low) ||
+        !parseReal(text.substr(colon + 1), high) || !(low <= high)) {
+        throw QuarvexError(
+            "--range needs LO:HI with LO <= HI, e.g. 150:1200 (got \"" + text + "\")", "Range");
+    }
+    return {low, high};
+}
+
+Json entriesJson(const LIBRARY_GLOBALS& library, std::size_t shown) {
+    Json entries = Json::array();
+    for (std::size_t rank = 0; rank < shown; ++rank) {
+        const auto k = static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS[rank]);
+        entries.push_back(Json{{"rank", rank + 1},
+                               {"score", library.PERC_MATCH[k]},
+                               {"file", library.MI_FILENAMES[k]},
+                               {"id", library.MIGRELT_ID[k]},
+                               {"names", library.MINAMES[k]},
+                               {"locality", library.LOCALITIES[k]},
+                               {"chemistry", library.CHEMISTRIES[k]},
+                               {"wave", library.MI_WAVE[k]}});
+    }
+    return entries;
+}
+
+// The ranking as a table whose columns are as wide as their widest shown value.
+void printRanking(const LIBRARY_GLOBALS& library, std::size_t shown) {
+    constexpr std::size_t kColumns = 8;
+    const std::array<std::string, kColumns> titles{"Rank",  "Score",    "File",      "Id",
+                                                   "Names", "Locality", "Chemistry", "Wave"};
+    std::vector<std::array<std::string, kColumns>> rows;
+    for (std::size_t rank = 0; rank < shown; ++rank) {
+        const auto k = static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS[rank]);
+        std::array<char, 32> score{};
+        std::snprintf(score.data(), score.size(), "%.2f", library.PERC_MATCH[k]);
+        rows.push_back({std::to_string(rank + 1), score.data(), library.MI_FILENAMES[k],
+                        library.MIGRELT_ID[k], library.MINAMES[k], library.LOCALITIES[k],
+                        library.CHEMISTRIES[k], library.MI_WAVE[k]});
+    }
+    std::array<std::size_t, kColumns> widths{};
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        widths[c] = titles[c].size();
+        for (const auto& row : rows) {
+            widths[c] = std::max(widths[c], row[c].size());
+        }
+    }
+    const auto printRow = [&widths](const std::array<std::string, kColumns>& row) {
+        for (std::size_t c = 0; c < kColumns; ++c) {
+            const bool number = c < 2;
+            const std::string padding(widths[c] - row[c].size(), ' ');
+            std::cout << (number ? padding + row[c] : row[c] + (c + 1 < kColumns ? padding : ""))
+                      << (c + 1 < kColumns ? "  " : "\n");
+        }
+    };
+    printRow(titles);
+    for (const auto& row : rows) {
+        printRow(row);
+    }
+}
+
+int runSearch(const SearchOptions& options, ProgramState& state) {
+    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.file);
+    const std::span<const float> x = state.specdata.xValues(index);
+    const std::span<const float> y = state.specdata.yValues(index);
+    const auto [low, high] =
+        options.range ? parseRange(*options.range) : std::pair{x.front(), x.back()};
+    const auto [first, count] = selectedArea(x, low, high);
+
+    const auto compilation =
+        searchLibrary(state.quarvex.programFolder, x.subspan(first, count), y.subspan(first, count),
+                      state.library, terminalProgress());
+    if (compilation) {
+        std::cerr << "The library was compiled first.\n";
+        printCompilation(*compilation, std::cerr);
+    }
+    const LIBRARY_GLOBALS& library = state.library;
+    const auto entries = static_cast<std::size_t>(library.count());
+    if (options.json) {
+        const std::size_t shown =
+            options.top ? std::min(entries, static_cast<std::size_t>(*options.top)) : entries;
+        std::cout << Json{{"entries", entriesJson(library, shown)}}.dump(2) << '\n';
+        return 0;
+    }
+    const int top = options.top.value_or(state.quarvex.preferences.resultsShown);
+    const std::size_t shown = std::min(entries, static_cast<std::size_t>(std::max(top, 0)));
+    std::cout << "Search of " << options.file << " over " << shortestText(x[first]) << " to "
+              << shortestText(x[first + count - 1]) << " (" << count << " points) against "
+              << entries << " library entries\n";
+    printRanking(library, shown);
+    return 0;
+}
+
+} // namespace
+
+std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
+    CLI::App* compile = app.add_subcommand(
+        "compile", "Compile the Raman library of the home folder (SearchRecords/RamanLib/)");
+
+    auto options = std::make_shared<SearchOptions>();
+    CLI::App* search = app.add_subcommand(
+        "search", "Search a Raman spectrum file against the library of the home folder "
+                  "(compiled first when needed) and print the ranking");
+    search->add_option("file", options->file, "Spectrum file of the unknown")->required();
+    search->add_option("--range", options->range,
+                       "Selected x-range LO:HI in cm-1 (default: the whole spectrum)");
+    search
+        ->add_option("--top", options->top,
+                     "Entries to print (default: the preference resultsShown; with --json: "
+                     "every entry)")
+        ->check(CLI::PositiveNumber);
+    search->add_flag("--json", options->json, "Print JSON instead of a table");
+
+    return {{compile, runCompile},
+            {search, [options](ProgramState& state) { return runSearch(*options, state); }}};
+}
+
+} // namespace quarvex::cli

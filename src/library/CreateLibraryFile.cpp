@@ -1,0 +1,223 @@
+#include "library/CreateLibraryFile.h"
+
+#include "common/AtomicFile.h"
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+#include "common/WorkingFolders.h"
+#include "processing/InterpAndNorm.h"
+#include "specdata/SpecDataManager.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <memory>
+
+namespace quarvex {
+
+namespace {
+
+// Header lines of a reference file are read into a buffer of this width, so a value holds at
+// most the rest of such a line after its key.
+constexpr std::size_t kReferenceLineWidth = 150;
+constexpr std::string_view kNamesKey = "##NAMES=";
+constexpr std::string_view kLocalityKey = "##LOCALITY=";
+constexpr std::string_view kGreltIdKey = "##GRELTID=";
+constexpr std::string_view kChemistryKey = "##CHEMISTRY=";
+constexpr std::string_view kSeparatorLine = "==\n";
+
+// A header value as a 150-character line buffer holds it, trimmed to its last non-blank.
+std::string_view headerValue(const std::string& value, std::string_view key) {
+    return trimmedRight(std::string_view(value).substr(0, kReferenceLineWidth - key.size()));
+}
+
+// A value line of the name information: the trimmed value, or one blank for a missing value.
+void appendValueLine(std::string& out, std::string_view value) {
+    value = trimmedRight(value);
+    out.append(value.empty() ? std::string_view(" ") : value);
+    out.push_back('\n');
+}
+
+// The three characters after the first "_7" of the file name (else after the first "_5"); with
+// neither, the name's own first three characters.
+std::string_view wavelengthCode(std::string_view fileName) {
+    std::size_t underscore = fileName.find("_7");
+    if (underscore == std::string_view::npos) {
+        underscore = fileName.find("_5");
+    }
+    const std::size_t start = underscore == std::string_view::npos ? 0 : underscore + 1;
+    return fileName.substr(std::min(start, fileName.size()), 3);
+}
+
+// "x y": each float in its shortest decimal form, which a free-format reader reads back exactly.
+void appendPoint(std::string& out, float x, float y) {
+    std::array<char, 40> text{};
+    char* end = std::to_chars(text.data(), text.data() + text.size(), x).ptr;
+    *end++ = ' ';
+    end = std::to_chars(end, text.data() + text.size(), y).ptr;
+    *end++ = '\n';
+    out.append(text.data(), end);
+}
+
+void appendBlock(std::string& out, std::string_view name, const InterpData& grid) {
+    out.append(kSeparatorLine);
+    out.append(name);
+    out.push_back('\n');
+    for (int i = 0; i < grid.capacity(); ++i) {
+        appendPoint(out, grid.x[i], grid.y[i]);
+    }
+}
+
+bool startsWith(std::string_view name, std::string_view prefix) {
+    return name.substr(0, prefix.size()) == prefix;
+}
+
+// The files of the folder in byte order of their names, so the library is the same everywhere.
+std::vector<std::string> sortedFileNames(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::directory_iterator listing(folder, error);
+    if (error) {
+        throw QuarvexError("The Raman library folder " + folder.string() +
+                               " cannot be listed: " + error.message(),
+                           std::string(kLibraryErrorTitle));
+    }
+    std::vector<std::string> names;
+    for (const auto& file : listing) {
+        if (file.is_regular_file(error)) {
+            names.push_back(file.path().filename().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The four library files under temporary names until commit().
+class LibraryFiles {
+public:
+    explicit LibraryFiles(const std::filesystem::path& folder)
+        : slow_(folder / kSlowLibraryFile), fast_(folder / kFastLibraryFile),
+          nameList_(folder / kNameListFile), nameInfo_(folder / kNameInfoFile) {
+        if (!slow_.isOpen() || !fast_.isOpen() || !nameList_.isOpen() || !nameInfo_.isOpen()) {
+            throwWriteError();
+        }
+    }
+
+    SearchFileStreams entryStreams() {
+        return {slow_.stream(), fast_.stream(), nameInfo_.stream()};
+    }
+    std::ostream& nameList() { return nameList_.stream(); }
+
+    // The Slow file goes away first and comes back last: should the renames be cut short, the
+    // search finds it missing and compiles again instead of reading files out of step.
+    void commit() {
+        for (AtomicFile* file : {&slow_, &fast_, &nameList_, &nameInfo_}) {
+            if (!file->stream().flush()) {
+                throwWriteError();
+            }
+        }
+        std::error_code ignored;
+        std::filesystem::remove(slow_.destination(), ignored);
+        for (AtomicFile* file : {&fast_, &nameList_, &nameInfo_, &slow_}) {
+            if (!file->commit()) {
+                throwWriteError();
+            }
+        }
+    }
+
+private:
+    [[noreturn]] void throwWriteError() const {
+        throw QuarvexError("The Raman library files cannot be written in " +
+                               slow_.destination().parent_path().string(),
+                           std::string(kLibraryErrorTitle));
+    }
+
+    AtomicFile slow_;
+    AtomicFile fast_;
+    AtomicFile nameList_;
+    AtomicFile nameInfo_;
+};
+
+} // namespace
+
+AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
+                                          const std::string& fileName, SearchFileStreams files,
+                                          std::string& reason) {
+    if (startsWith(fileName, kLibraryFilePrefix) || startsWith(fileName, kConsistencyFilePrefix)) {
+        return AppendOutcome::NotASpectrum;
+    }
+    if (fileName.find_first_of("\r\n") != std::string::npos) {
+        reason = "its name holds a line break";
+        return AppendOutcome::Skipped;
+    }
+    SpectrumRecord spectrum;
+    try {
+        // The spectrum reader puts the points in ascending x and merges duplicate x.
+        spectrum = FILL_IN_SPECDATA_ARRAYS(folder / fileName, 0);
+    } catch (const QuarvexError& error) {
+        reason = error.text();
+        return AppendOutcome::Skipped;
+    }
+    if (spectrum.x.empty()) {
+        reason = "no data lines";
+        return AppendOutcome::Skipped;
+    }
+    const InterpData fine = resampleSpectrum(spectrum.x, spectrum.y, kFineStep, true);
+    const InterpData coarse = resampleSpectrum(spectrum.x, spectrum.y, kCoarseStep, true);
+    // Normalising an all-zero grid divides by zero: such an entry could never be matched.
+    if (!hasFiniteValues(fine) || !hasFiniteValues(coarse)) {
+        reason = "no intensity on the resampling grid (fewer than two points, or all zero)";
+        return AppendOutcome::Skipped;
+    }
+
+    const std::string_view name = trimmed(fileName);
+    std::string text;
+    text.reserve(static_cast<std::size_t>(fine.capacity()) * 24 + 256);
+    appendBlock(text, name, fine);
+    files.slow.write(text.data(), static_cast<std::streamsize>(text.size()));
+    text.clear();
+    appendBlock(text, name, coarse);
+    files.fast.write(text.data(), static_cast<std::streamsize>(text.size()));
+    text.clear();
+    const MINERALINFO& header = spectrum.header;
+    appendValueLine(text, headerValue(header.id, kGreltIdKey));
+    appendValueLine(text, headerValue(header.names, kNamesKey));
+    appendValueLine(text, headerValue(header.locality, kLocalityKey));
+    appendValueLine(text, headerValue(header.chemistry, kChemistryKey));
+    appendValueLine(text, wavelengthCode(fileName));
+    files.nameInfo.write(text.data(), static_cast<std::streamsize>(text.size()));
+    return AppendOutcome::Appended;
+}
+
+LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
+                                     const ProgressCallback& progress) {
+    LibraryCompilation result;
+    result.folder = ramanLibraryFolder(home);
+    SET_UP_FOLDERS(home);
+    reportProgress(progress, kCompilingStatus, 0.0);
+    const std::vector<std::string> names = sortedFileNames(result.folder);
+    LibraryFiles files(result.folder);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::string& name = names[i];
+        if (startsWith(name, kLibraryFilePrefix)) {
+            continue;
+        }
+        std::string reason;
+        const AppendOutcome outcome =
+            READ_AND_APPEND_SEARCH_FILE(result.folder, name, files.entryStreams(), reason);
+        if (outcome == AppendOutcome::Skipped) {
+            result.skipped.push_back({name, reason});
+        } else {
+            // A "Consistency" report gets its name-list line too: from there on the name list
+            // runs one line ahead of the other files, as the library has always done.
+            files.nameList() << trimmed(name) << '\n';
+            ++result.nameListLines;
+            result.entries += outcome == AppendOutcome::Appended ? 1 : 0;
+        }
+        reportProgress(progress, kCompilingStatus,
+                       static_cast<double>(i + 1) / static_cast<double>(names.size()));
+    }
+    files.commit();
+    reportProgress(progress, kCompilingStatus, 1.0);
+    return result;
+}
+
+} // namespace quarvex

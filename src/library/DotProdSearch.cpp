@@ -1,0 +1,246 @@
+#include "library/DotProdSearch.h"
+
+#include "common/LineReader.h"
+#include "common/ListReader.h"
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+#include "common/WorkingFolders.h"
+#include "library/LibraryFileReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+
+namespace quarvex {
+
+namespace {
+
+constexpr std::size_t kNameListWidth = 256;
+constexpr std::size_t kNameInfoWidth = 150;
+constexpr std::size_t kWaveCodeWidth = 3;
+constexpr int kNameInfoLines = 5;
+// How often (in entries) a pass reports its progress.
+constexpr std::size_t kProgressInterval = 256;
+// Share of a search's progress that the coarse pass takes.
+constexpr double kCoarseShare = 0.8;
+
+[[noreturn]] void throwNeedsCompiling() {
+    throw QuarvexError(std::string(kNeedsCompilingText), std::string(kLibraryErrorTitle));
+}
+
+[[noreturn]] void throwSearchError(const std::string& text) {
+    throw QuarvexError(text, std::string(kLibraryErrorTitle));
+}
+
+// A free-format text value: the first word of the line, or quoted text; blank lines give "".
+std::string firstValue(std::string_view line) {
+    std::string value;
+    ListReader reader(line);
+    if (reader.read(value) != FieldStatus::Assigned) {
+        value.clear();
+    }
+    return value;
+}
+
+// The entry descriptions: the names of the name list, then five lines of name information per
+// entry (identifier and names read free-format, the other three as whole lines).
+LIBRARY_GLOBALS loadEntries(const std::filesystem::path& folder) {
+    LineReader nameList(folder / kNameListFile, kNameListWidth);
+    LineReader nameInfo(folder / kNameInfoFile, kNameInfoWidth);
+    if (!nameList.isOpen() || !nameInfo.isOpen()) {
+        throwNeedsCompiling();
+    }
+    LIBRARY_GLOBALS library;
+    std::string_view line;
+    while (nameList.next(line)) {
+        library.MI_FILENAMES.emplace_back(trimmed(line));
+    }
+    const std::size_t entries = library.MI_FILENAMES.size();
+    for (auto* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
+                        &library.CHEMISTRIES, &library.MI_WAVE}) {
+        field->resize(entries);
+    }
+    for (std::size_t k = 0; k < entries; ++k) {
+        std::array<std::string_view, kNameInfoLines> lines{};
+        for (std::string_view& value : lines) {
+            if (!nameInfo.next(value)) {
+                value = {}; // a short file leaves the remaining descriptions blank
+            }
+        }
+        library.MIGRELT_ID[k] = firstValue(lines[0]);
+        library.MINAMES[k] = firstValue(lines[1]);
+        library.LOCALITIES[k] = trimmed(lines[2]);
+        library.CHEMISTRIES[k] = trimmed(lines[3]);
+        library.MI_WAVE[k] = trimmed(lines[4].substr(0, kWaveCodeWidth));
+    }
+    library.PERC_MATCH.assign(entries, 0.0);
+    return library;
+}
+
+// The unknown on one pass's grid, normalised; refused when nothing of it lands on the grid.
+InterpData unknownOnGrid(std::span<const float> x, std::span<const float> y, float step) {
+    InterpData grid = resampleSpectrum(x, y, step, true);
+    if (!hasFiniteValues(grid)) {
+        throwSearchError("The selected area holds no intensity to search with: its resampled "
+                         "values are all zero.");
+    }
+    return grid;
+}
+
+bool isCandidate(const std::vector<std::string_view>& candidates, std::string_view name) {
+    return std::find(candidates.begin(), candidates.end(), name) != candidates.end();
+}
+
+// One pass over a library file: entry k in file order is scored into PERC_MATCH(k); with
+// `candidates`, only the entries of those names, the others are read past.
+void scorePass(const std::filesystem::path& path, const InterpData& unknown,
+               std::vector<double>& scores, const std::vector<std::string_view>* candidates,
+               const ProgressCallback& progress, double progressFrom, double progressTo) {
+    LibraryFileReader file(path);
+    if (!file.isOpen()) {
+        throwNeedsCompiling();
+    }
+    const int NINT = unknown.capacity();
+    bool more = file.skipPastSeparator();
+    for (std::size_t k = 0; more && k < scores.size(); ++k) {
+        std::string_view nameLine;
+        if (!file.next(nameLine, kNameInfoWidth)) {
+            break;
+        }
+        if (candidates == nullptr || isCandidate(*candidates, trimmed(nameLine))) {
+            scores[k] = FIND_MATCH(file, unknown, NINT);
+            // An entry's sum can end before its last line: find the next "==" again.
+            more = file.atSeparator() || file.skipPastSeparator();
+        } else {
+            more = file.skipPastSeparator();
+        }
+        if ((k + 1) % kProgressInterval == 0) {
+            reportProgress(progress, kSearchingStatus,
+                           progressFrom + (progressTo - progressFrom) * file.fractionRead());
+        }
+    }
+}
+
+} // namespace
+
+double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NINT) {
+    NINT = std::min(NINT, INTERP_DATA.capacity());
+    if (NINT <= 0) {
+        return 0.0;
+    }
+    const std::vector<float>& ux = INTERP_DATA.x;
+    const std::vector<float>& uy = INTERP_DATA.y;
+    std::string_view line;
+    float lx = 0.0F;
+    float ly = 0.0F;
+    const auto readPair = [&] { return file.next(line) && readLibraryPair(line, lx, ly); };
+
+    if (!readPair()) {
+        return 0.0;
+    }
+    if (ux[NINT - 1] < lx) {
+        return 0.0; // the entry starts above the unknown's last point
+    }
+    int i = 0;
+    if (ux[0] < lx) {
+        while (ux[i] < lx && i < NINT - 1) {
+            ++i;
+        }
+    } else {
+        while (lx < ux[0]) {
+            if (!readPair()) {
+                return 0.0;
+            }
+        }
+    }
+
+    double SCORE = 0.0;
+    float SUMSQ = 0.0F;
+    // Only exactly coinciding grid points count: the first gap ends the sum.
+    while (std::fabs(lx - ux[i]) < kCoincidence) {
+        SCORE += static_cast<double>(ly * uy[i]);
+        SUMSQ += ly * ly;
+        ++i;
+        if (i >= NINT || !file.next(line) || file.atSeparator() || !readLibraryPair(line, lx, ly)) {
+            break;
+        }
+    }
+    if (SUMSQ == 0.0F) {
+        return SCORE;
+    }
+    return SCORE * static_cast<double>(10.0F / std::sqrt(SUMSQ));
+}
+
+void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
+    const std::vector<double>& scores = library.PERC_MATCH;
+    std::vector<int> order(scores.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&scores](int a, int b) {
+        const double sa = scores[static_cast<std::size_t>(a)];
+        const double sb = scores[static_cast<std::size_t>(b)];
+        return sa > sb || (std::isnan(sb) && !std::isnan(sa));
+    });
+    library.MI_SORTINDEXPERCENTS = order;
+    library.MI_SORTINDEX = std::move(order);
+}
+
+void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const float> x,
+                  std::span<const float> y, LIBRARY_GLOBALS& library,
+                  const ProgressCallback& progress) {
+    if (x.empty() || y.empty()) {
+        throwSearchError("The selected area holds no data points to search with.");
+    }
+    const InterpData coarseUnknown = unknownOnGrid(x, y, kCoarseStep);
+    const InterpData fineUnknown = unknownOnGrid(x, y, kFineStep);
+    for (std::string_view file : {kSlowLibraryFile, kFastLibraryFile}) {
+        std::error_code error;
+        if (!std::filesystem::is_regular_file(libraryFolder / file, error)) {
+            throwNeedsCompiling();
+        }
+    }
+    LIBRARY_GLOBALS result = loadEntries(libraryFolder);
+    if (result.count() == 0) {
+        throwSearchError("The Raman library in " + libraryFolder.string() +
+                         " is empty: add reference spectrum files to it and compile it.");
+    }
+    reportProgress(progress, kSearchingStatus, 0.0);
+
+    scorePass(libraryFolder / kFastLibraryFile, coarseUnknown, result.PERC_MATCH, nullptr, progress,
+              0.0, kCoarseShare);
+    SORT_PERCENTS(result);
+
+    const std::size_t candidateCount =
+        std::min<std::size_t>(result.MI_FILENAMES.size(), kFinePassCandidates);
+    std::vector<std::string_view> candidates;
+    for (std::size_t r = 0; r < candidateCount; ++r) {
+        candidates.emplace_back(
+            result.MI_FILENAMES[static_cast<std::size_t>(result.MI_SORTINDEXPERCENTS[r])]);
+    }
+    scorePass(libraryFolder / kSlowLibraryFile, fineUnknown, result.PERC_MATCH, &candidates,
+              progress, kCoarseShare, 1.0);
+    SORT_PERCENTS(result);
+
+    library = std::move(result);
+    reportProgress(progress, kSearchingStatus, 1.0);
+}
+
+std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,
+                                                std::span<const float> x, std::span<const float> y,
+                                                LIBRARY_GLOBALS& library,
+                                                const ProgressCallback& progress) {
+    const std::filesystem::path folder = ramanLibraryFolder(home);
+    std::optional<LibraryCompilation> compilation;
+    std::error_code error;
+    if (!std::filesystem::exists(folder / kSlowLibraryFile, error)) {
+        try {
+            compilation = CREATE_SEARCH_LIB(home, progress);
+        } catch (const QuarvexError&) {
+            throwNeedsCompiling();
+        }
+    }
+    READ_LIBRARY(folder, x, y, library, progress);
+    return compilation;
+}
+
+} // namespace quarvex

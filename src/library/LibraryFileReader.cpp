@@ -1,0 +1,175 @@
+#include "library/LibraryFileReader.h"
+
+#include "common/ListReader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace quarvex {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{4} << 20;
+constexpr std::string_view kSeparatorAtLineStart = "\n==";
+
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+// One number of a plain "x y" line, ending at a blank or at the end of the line. Anything else
+// (commas, slashes, repeat counts, a leading '+', D exponents, NaN) is left to the full reader.
+bool readPlainNumber(const char*& position, const char* end, float& value) {
+    while (position < end && isBlank(*position)) {
+        ++position;
+    }
+    const auto [stop, error] = std::from_chars(position, end, value);
+    if (error != std::errc{} || (stop < end && !isBlank(*stop)) || std::isnan(value)) {
+        return false;
+    }
+    position = stop;
+    return true;
+}
+
+} // namespace
+
+LibraryFileReader::LibraryFileReader(const std::filesystem::path& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        return;
+    }
+    file_.reset(std::fopen(path.c_str(), "rb"));
+    if (file_) {
+        std::setvbuf(file_.get(), nullptr, _IONBF, 0); // our buffer is the only one
+        buffer_.resize(kBufferSize);
+        const auto size = std::filesystem::file_size(path, error);
+        fileSize_ = error ? 0.0 : static_cast<double>(size);
+    }
+}
+
+// Moves the unread rest to the front of the buffer and reads behind it; false when nothing new
+// came in (end of file, or a buffer full of one line).
+bool LibraryFileReader::fill() {
+    if (begin_ > 0) {
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        consumed_ += static_cast<double>(begin_);
+        begin_ = 0;
+    }
+    if (endOfFile_ || end_ == buffer_.size()) {
+        return false;
+    }
+    const std::size_t wanted = buffer_.size() - end_;
+    const std::size_t got = std::fread(buffer_.data() + end_, 1, wanted, file_.get());
+    endOfFile_ = got < wanted;
+    end_ += got;
+    return got > 0;
+}
+
+std::string_view LibraryFileReader::emit(const char* start, std::size_t length, std::size_t width) {
+    if (length > 0 && start[length - 1] == '\r') {
+        --length;
+    }
+    atSeparator_ = length >= 2 && start[0] == '=' && start[1] == '=';
+    return {start, std::min(length, width)};
+}
+
+bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
+    atSeparator_ = false;
+    if (!file_) {
+        return false;
+    }
+    for (;;) {
+        const char* start = buffer_.data() + begin_;
+        const std::size_t available = end_ - begin_;
+        if (const auto* newline = static_cast<const char*>(std::memchr(start, '\n', available))) {
+            const auto length = static_cast<std::size_t>(newline - start);
+            begin_ += length + 1;
+            line = emit(start, length, width);
+            return true;
+        }
+        if (fill()) {
+            continue;
+        }
+        if (begin_ == end_) {
+            return false;
+        }
+        if (endOfFile_) { // the last line has no end of line
+            begin_ = end_;
+            line = emit(buffer_.data(), end_, width);
+            return true;
+        }
+        // A line longer than the whole buffer: keep its head, drop the rest of it.
+        overlong_.assign(buffer_.data(), std::min(end_, width + 1));
+        begin_ = end_;
+        while (fill()) {
+            const char* rest = buffer_.data() + begin_;
+            if (const auto* newline =
+                    static_cast<const char*>(std::memchr(rest, '\n', end_ - begin_))) {
+                begin_ = static_cast<std::size_t>(newline - buffer_.data()) + 1;
+                break;
+            }
+            begin_ = end_;
+        }
+        line = emit(overlong_.data(), overlong_.size(), width);
+        return true;
+    }
+}
+
+bool LibraryFileReader::skipPastSeparator() {
+    if (!file_) {
+        return false;
+    }
+    bool atLineStart = true;
+    for (;;) {
+        const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+        if (atLineStart && rest.size() < 2 && !endOfFile_) {
+            fill();
+            continue;
+        }
+        if (atLineStart && rest.substr(0, 2) == "==") {
+            std::string_view separator;
+            return next(separator);
+        }
+        if (const std::size_t found = rest.find(kSeparatorAtLineStart);
+            found != std::string_view::npos) {
+            begin_ += found + 1;
+            atLineStart = true;
+            continue;
+        }
+        if (endOfFile_) {
+            begin_ = end_;
+            atSeparator_ = false;
+            return false;
+        }
+        // Keep the last two characters: a "\n=" may go on in the next read.
+        begin_ = end_ - std::min<std::size_t>(rest.size(), 2);
+        atLineStart = false;
+        fill();
+    }
+}
+
+double LibraryFileReader::fractionRead() const noexcept {
+    return fileSize_ > 0.0 ? (consumed_ + static_cast<double>(begin_)) / fileSize_ : 1.0;
+}
+
+bool readLibraryPair(std::string_view line, float& x, float& y) {
+    const char* position = line.data();
+    const char* end = position + line.size();
+    float first = 0.0F;
+    float second = 0.0F;
+    if (readPlainNumber(position, end, first) && readPlainNumber(position, end, second)) {
+        x = first;
+        y = second;
+        return true;
+    }
+    if (readAll(line, first, second)) {
+        x = first;
+        y = second;
+        return true;
+    }
+    return false;
+}
+
+} // namespace quarvex
