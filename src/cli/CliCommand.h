@@ -30,6 +30,8 @@ bool stderrIsTerminal();
 
 // Registration of the subcommands, one file each.
 CliCommand addInfoCommand(CLI::App& app);
+CliCommand addPeaksCommand(CLI::App& app);
+CliCommand addFitCommand(CLI::App& app);
 std::vector<CliCommand> addBenchCommands(CLI::App& app);
 std::vector<CliCommand> addLibraryCommands(CLI::App& app);
 CliCommand addResampleCommand(CLI::App& app);

@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
 
     std::vector<CliCommand> commands;
     commands.push_back(addInfoCommand(app));
+    commands.push_back(addPeaksCommand(app));
+    commands.push_back(addFitCommand(app));
     for (CliCommand& command : addLibraryCommands(app)) {
         commands.push_back(std::move(command));
     }

@@ -1,0 +1,106 @@
+// quarvex-cli fit: fit the peaks of an x-window of a spectrum and print them with their errors.
+#include "cli/CliCommand.h"
+#include "cli/JsonOutput.h"
+#include "cli/PeakCliSupport.h"
+#include "common/QuarvexError.h"
+
+#include <iostream>
+#include <memory>
+
+namespace quarvex::cli {
+
+namespace {
+
+struct FitOptions {
+    std::string file;
+    std::string range;
+    std::vector<float> peaks;
+    int profile = 0; // 0: from the preferences
+    bool json = false;
+};
+
+Json fitJson(const PeakFitResult& fit) {
+    Json peaks = Json::array();
+    for (const FittedPeak& p : fit.peaks) {
+        peaks.push_back(Json{{"centre", jsonNumber(p.centre)},
+                             {"centre_error", jsonNumber(p.centreError)},
+                             {"fwhm", jsonNumber(p.fwhm)},
+                             {"fwhm_error", jsonNumber(p.fwhmError)},
+                             {"height", jsonNumber(p.height)},
+                             {"height_error", jsonNumber(p.heightError)},
+                             {"area", jsonNumber(p.area)},
+                             {"area_error", jsonNumber(p.areaError)},
+                             {"mix", jsonNumber(p.mix)},
+                             {"mix_error", jsonNumber(p.mixError)}});
+    }
+    return Json{{"peaks", peaks},
+                {"background", jsonNumber(fit.background)},
+                {"chisq", jsonNumber(fit.chisq)},
+                {"iterations", fit.iterations},
+                {"converged", fit.converged}};
+}
+
+std::string withError(float value, float error) {
+    return formatValue(value) + " ± " + formatValue(error);
+}
+
+void printFit(const PeakFitResult& fit, const XRange& range) {
+    std::cout << "Window " << formatValue(range.low) << " to " << formatValue(range.high) << ", "
+              << fit.points << " points, "
+              << (fit.profile == PeakProfile::gaussian ? "Gaussian" : "pseudo-Voigt")
+              << " profile\n";
+    for (std::size_t k = 0; k < fit.peaks.size(); ++k) {
+        const FittedPeak& p = fit.peaks[k];
+        std::cout << "Peak " << k + 1 << '\n'
+                  << "  centre      " << withError(p.centre, p.centreError) << '\n'
+                  << "  FWHM        " << withError(p.fwhm, p.fwhmError) << '\n'
+                  << "  height      " << withError(p.height, p.heightError) << '\n'
+                  << "  area        " << withError(p.area, p.areaError) << '\n'
+                  << "  mix         " << withError(p.mix, p.mixError) << '\n';
+    }
+    std::cout << "Background    " << withError(fit.background, fit.backgroundError) << '\n'
+              << "Chi-square    " << formatValue(fit.chisq) << '\n'
+              << "Iterations    " << fit.iterations << '\n';
+}
+
+int runFit(const FitOptions& options, ProgramState& state) {
+    const LoadedSpectrum spectrum = loadSpectrum(state, options.file);
+    const XRange range = parseRange(options.range);
+    const Preferences& preferences = state.quarvex.preferences;
+    PeakFitSettings settings;
+    settings.profile = static_cast<PeakProfile>(options.profile != 0 ? options.profile
+                                                                     : preferences.profileSetting);
+    settings.search = searchSettings(preferences);
+    const PeakFitResult fit =
+        fitPeaks(spectrum.x, spectrum.y, range.low, range.high, options.peaks, settings);
+    if (options.json) {
+        std::cout << fitJson(fit).dump(2) << '\n';
+    } else if (fit.converged) {
+        printFit(fit, range);
+    }
+    if (!fit.converged) {
+        printError(QuarvexError(std::string(kDidNotConvergeText), std::string(kPeakFitErrorTitle)));
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+CliCommand addFitCommand(CLI::App& app) {
+    auto options = std::make_shared<FitOptions>();
+    CLI::App* fit = app.add_subcommand(
+        "fit", "Fit the peaks of an x-window of a spectrum (Levenberg-Marquardt) and print each "
+               "peak's centre, FWHM, height, area and mix with standard errors");
+    fit->add_option("file", options->file, "Spectrum file (.grelt, .txt, .dat)")->required();
+    fit->add_option("--range", options->range, "The window LO:HI, x units")->required();
+    fit->add_option("--peak", options->peaks,
+                    "Starting position of a peak (repeat for more); none: found automatically");
+    fit->add_option("--profile", options->profile,
+                    "1: Gaussian, 2: pseudo-Voigt (default: the preference)")
+        ->check(CLI::IsMember({1, 2}));
+    fit->add_flag("--json", options->json, "Print JSON instead of text");
+    return {fit, [options](ProgramState& state) { return runFit(*options, state); }};
+}
+
+} // namespace quarvex::cli
