@@ -147,7 +147,11 @@ PeakSearchResult findPeaks(std::span<const float> x, std::span<const float> y,
         return result;
     }
     const std::vector<float> s = smoothSpectrum(y, settings.smoothingPoints);
-    const std::vector<Candidate> maxima = localMaxima(s);
+    std::vector<Candidate> maxima = localMaxima(s);
+    // The ends, where the smoothing window does not fit, keep their raw noise: no tops there.
+    const auto margin = static_cast<std::size_t>(std::max(settings.smoothingPoints / 2, 1));
+    std::erase_if(maxima,
+                  [&](const Candidate& c) { return c.top < margin || c.top + margin >= s.size(); });
     std::vector<Candidate> candidates;
     // The segments that hold strong peaks dominate the mean spread: measure the noise again on
     // the points outside the peaks found so far, until no further peak is found.

@@ -10,6 +10,7 @@ namespace quarvex {
 namespace {
 
 constexpr float kStartMix = 0.5F;
+constexpr float kAutoPeakFraction = 0.02F; // least height of an automatic peak, of the strongest
 
 // Distance from point `top` to where the smoothed values `s` first fall to `level`, walking in
 // `direction` (+1 or -1) no further than x = limit; -1 when they do not fall that far.
@@ -118,9 +119,18 @@ std::vector<float> GET_PARMS(const FitWindow& window, std::span<const float> pos
 
 std::vector<float> AUTOPARMS(std::span<const float> x, std::span<const float> y, float xLow,
                              float xHigh, const PeakSearchSettings& settings) {
+    const std::vector<FoundPeak> peaks = findPeaks(x, y, settings, xLow, xHigh).peaks;
+    float strongest = 0.0F;
+    for (const FoundPeak& peak : peaks) {
+        strongest = std::max(strongest, peak.height);
+    }
+    // With equal weights the shape misfit of a strong band swamps a much weaker one, which the
+    // fit would then bend into a negative peak: such peaks must be asked for explicitly.
     std::vector<float> positions;
-    for (const FoundPeak& peak : findPeaks(x, y, settings, xLow, xHigh).peaks) {
-        positions.push_back(peak.x);
+    for (const FoundPeak& peak : peaks) {
+        if (peak.height >= kAutoPeakFraction * strongest) {
+            positions.push_back(peak.x);
+        }
     }
     return positions;
 }

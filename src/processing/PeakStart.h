@@ -40,7 +40,8 @@ float GET_BG(const FitWindow& window, int smoothingPoints);
 std::vector<float> GET_PARMS(const FitWindow& window, std::span<const float> positions,
                              PeakProfile profile, int smoothingPoints);
 
-/// Peak positions found automatically in [xLow, xHigh] of the spectrum (x, y) by the peak search.
+/// Peak positions found automatically in [xLow, xHigh] of the spectrum (x, y) by the peak
+/// search, leaving out peaks lower than 2% of the strongest one found there.
 std::vector<float> AUTOPARMS(std::span<const float> x, std::span<const float> y, float xLow,
                              float xHigh, const PeakSearchSettings& settings);
 
