@@ -131,10 +131,9 @@ double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NI
     }
     const std::vector<float>& ux = INTERP_DATA.x;
     const std::vector<float>& uy = INTERP_DATA.y;
-    std::string_view line;
     float lx = 0.0F;
     float ly = 0.0F;
-    const auto readPair = [&] { return file.next(line) && readLibraryPair(line, lx, ly); };
+    const auto readPair = [&] { return file.nextPair(lx, ly) == LibraryFileReader::Line::Pair; };
 
     if (!readPair()) {
         return 0.0;
@@ -162,8 +161,8 @@ double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NI
         SCORE += static_cast<double>(ly * uy[i]);
         SUMSQ += ly * ly;
         ++i;
-        if (i >= NINT || !file.next(line) || file.atSeparator() || !readLibraryPair(line, lx, ly)) {
-            break;
+        if (i >= NINT || !readPair()) {
+            break; // the end of the unknown, the next "==", an unreadable line or the end
         }
     }
     if (SUMSQ == 0.0F) {

@@ -12,24 +12,65 @@ namespace quarvex {
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{4} << 20;
-constexpr std::string_view kSeparatorAtLineStart = "\n==";
+
+// Position of the first "\n==" in `text`, or npos. Data lines hold no '=', so looking for that
+// rare character skips whole entries at memory speed.
+std::size_t findSeparatorAtLineStart(std::string_view text) {
+    for (std::size_t from = 1; from + 1 < text.size();) {
+        const auto* equals =
+            static_cast<const char*>(std::memchr(text.data() + from, '=', text.size() - from - 1));
+        if (equals == nullptr) {
+            break;
+        }
+        const auto at = static_cast<std::size_t>(equals - text.data());
+        if (text[at - 1] == '\n' && text[at + 1] == '=') {
+            return at - 1;
+        }
+        from = at + 1;
+    }
+    return std::string_view::npos;
+}
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
 
-// One number of a plain "x y" line, ending at a blank or at the end of the line. Anything else
-// (commas, slashes, repeat counts, a leading '+', D exponents, NaN) is left to the full reader.
-bool readPlainNumber(const char*& position, const char* end, float& value) {
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// A number of up to seven digits (every grid position) is exact in single precision: no need
+// for the general conversion.
+constexpr int kExactDigits = 7;
+
+// One number of a plain "x y" line, ending at a blank, at `end` or (with `lastOnLine`) at the end
+// of the line. Anything else (commas, slashes, repeat counts, a leading '+', D exponents, NaN) is
+// left to the full free-format reader.
+bool readPlainNumber(const char*& position, const char* end, float& value,
+                     bool lastOnLine = false) {
     while (position < end && isBlank(*position)) {
         ++position;
     }
-    const auto [stop, error] = std::from_chars(position, end, value);
-    if (error != std::errc{} || (stop < end && !isBlank(*stop)) || std::isnan(value)) {
-        return false;
+    const char* digits = position < end && *position == '-' ? position + 1 : position;
+    const char* stop = digits;
+    int whole = 0;
+    while (stop < end && isDigit(*stop) && stop - digits < kExactDigits) {
+        whole = whole * 10 + (*stop - '0');
+        ++stop;
     }
+    if (stop > digits && stop < end && (isBlank(*stop) || *stop == '\n' || *stop == '\r')) {
+        value = digits == position ? static_cast<float>(whole) : -static_cast<float>(whole);
+    } else {
+        const auto result = std::from_chars(position, end, value);
+        if (result.ec != std::errc{} || std::isnan(value)) {
+            return false;
+        }
+        stop = result.ptr;
+    }
+    const bool ends =
+        stop == end || isBlank(*stop) || (lastOnLine && (*stop == '\n' || *stop == '\r'));
     position = stop;
-    return true;
+    return ends;
 }
 
 } // namespace
@@ -132,7 +173,7 @@ bool LibraryFileReader::skipPastSeparator() {
             std::string_view separator;
             return next(separator);
         }
-        if (const std::size_t found = rest.find(kSeparatorAtLineStart);
+        if (const std::size_t found = findSeparatorAtLineStart(rest);
             found != std::string_view::npos) {
             begin_ += found + 1;
             atLineStart = true;
@@ -148,6 +189,40 @@ bool LibraryFileReader::skipPastSeparator() {
         atLineStart = false;
         fill();
     }
+}
+
+LibraryFileReader::Line LibraryFileReader::nextPair(float& x, float& y) {
+    // In place, when the whole line is in the buffer and is plain: "x y", then the end of line.
+    const char* position = buffer_.data() + begin_;
+    const char* end = buffer_.data() + end_;
+    const char* lineStart = position;
+    float first = 0.0F;
+    float second = 0.0F;
+    if (readPlainNumber(position, end, first) && readPlainNumber(position, end, second, true)) {
+        while (position < end && isBlank(*position)) {
+            ++position;
+        }
+        const char* lineEnd = position;
+        if (position < end && *position == '\r') {
+            ++position;
+        }
+        if (position < end && *position == '\n' &&
+            static_cast<std::size_t>(lineEnd - lineStart) <= kLibraryLineWidth) {
+            begin_ = static_cast<std::size_t>(position + 1 - buffer_.data());
+            atSeparator_ = false;
+            x = first;
+            y = second;
+            return Line::Pair;
+        }
+    }
+    std::string_view line;
+    if (!next(line)) {
+        return Line::End;
+    }
+    if (atSeparator_) {
+        return Line::Separator;
+    }
+    return readLibraryPair(line, x, y) ? Line::Pair : Line::Unreadable;
 }
 
 double LibraryFileReader::fractionRead() const noexcept {

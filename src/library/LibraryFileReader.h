@@ -28,7 +28,15 @@ public:
     /// call. False at the end of the file.
     bool next(std::string_view& line, std::size_t width = kLibraryLineWidth);
 
-    /// True when the line last returned begins with "==", the separator of two entries.
+    /// What nextPair found.
+    enum class Line { Pair, Separator, Unreadable, End };
+
+    /// Reads the next line as a data line "x y" (read as readLibraryPair reads it): Pair with x
+    /// and y set, Separator for a "==" line, Unreadable for any other line, End at the end of
+    /// the file. Plain lines are read in place, without looking for their end first.
+    Line nextPair(float& x, float& y);
+
+    /// True when the line last read begins with "==", the separator of two entries.
     bool atSeparator() const noexcept { return atSeparator_; }
 
     /// Reads past every line up to and including the next "==" line; false at the end of the
