@@ -11,7 +11,8 @@ namespace quarvex {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{4} << 20;
+// The smallest buffer that can hold a "\n=" while looking for the next separator.
+constexpr std::size_t kSmallestBuffer = 4;
 
 // Position of the first "\n==" in `text`, or npos. Data lines hold no '=', so looking for that
 // rare character skips whole entries at memory speed.
@@ -75,7 +76,7 @@ bool readPlainNumber(const char*& position, const char* end, float& value,
 
 } // namespace
 
-LibraryFileReader::LibraryFileReader(const std::filesystem::path& path) {
+LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::size_t bufferSize) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
         return;
@@ -83,7 +84,7 @@ LibraryFileReader::LibraryFileReader(const std::filesystem::path& path) {
     file_.reset(std::fopen(path.c_str(), "rb"));
     if (file_) {
         std::setvbuf(file_.get(), nullptr, _IONBF, 0); // our buffer is the only one
-        buffer_.resize(kBufferSize);
+        buffer_.resize(std::max(bufferSize, kSmallestBuffer));
         const auto size = std::filesystem::file_size(path, error);
         fileSize_ = error ? 0.0 : static_cast<double>(size);
     }
@@ -141,17 +142,21 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
             line = emit(buffer_.data(), end_, width);
             return true;
         }
-        // A line longer than the whole buffer: keep its head, drop the rest of it.
+        // A line longer than the whole buffer: gather what the line buffer holds (and one more
+        // character, for a '\r'), drop the rest of it.
         overlong_.assign(buffer_.data(), std::min(end_, width + 1));
         begin_ = end_;
         while (fill()) {
             const char* rest = buffer_.data() + begin_;
-            if (const auto* newline =
-                    static_cast<const char*>(std::memchr(rest, '\n', end_ - begin_))) {
-                begin_ = static_cast<std::size_t>(newline - buffer_.data()) + 1;
+            const auto* newline = static_cast<const char*>(std::memchr(rest, '\n', end_ - begin_));
+            const std::size_t length =
+                newline ? static_cast<std::size_t>(newline - rest) : end_ - begin_;
+            const std::size_t room = width + 1 - std::min(overlong_.size(), width + 1);
+            overlong_.append(rest, std::min(length, room));
+            begin_ += newline ? length + 1 : length;
+            if (newline) {
                 break;
             }
-            begin_ = end_;
         }
         line = emit(overlong_.data(), overlong_.size(), width);
         return true;

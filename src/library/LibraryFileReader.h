@@ -19,7 +19,12 @@ inline constexpr std::size_t kLibraryLineWidth = 100;
 /// allocation per line.
 class LibraryFileReader {
 public:
-    explicit LibraryFileReader(const std::filesystem::path& path);
+    /// Size of the read buffer unless told otherwise.
+    static constexpr std::size_t kDefaultBufferSize = std::size_t{4} << 20;
+
+    /// Opens `path` for reading through a buffer of `bufferSize` bytes (at least 4).
+    explicit LibraryFileReader(const std::filesystem::path& path,
+                               std::size_t bufferSize = kDefaultBufferSize);
 
     /// False when the file could not be opened.
     bool isOpen() const noexcept { return file_ != nullptr; }

@@ -49,18 +49,28 @@ TEST(FindMatch, ScoresWorkedOutByHand) {
         // 14 * fl(10 / fl(sqrt 2)) = 98.99494934; the exact cosine is 98.99494937.
         {"single-precision norm", sixEight, "100 1\n101 1\n", 98.99494934082031},
     };
-    for (const MatchCase& c : cases) {
-        const test::TempFolder folder;
-        const auto path =
-            folder.write("lib.rsf", "==\nfirst\n" + c.entry + "==\nsecond\n100 6\n101 8");
-        LibraryFileReader reader(path);
-        std::string_view line;
-        ASSERT_TRUE(reader.skipPastSeparator() && reader.next(line)) << c.what;
-        EXPECT_NEAR(FIND_MATCH(reader, c.unknown, c.unknown.capacity()), c.score, 1.0e-6) << c.what;
-        ASSERT_TRUE(reader.atSeparator() || reader.skipPastSeparator()) << c.what;
-        ASSERT_TRUE(reader.next(line) && line == "second") << c.what;
-        // The last entry ends at the end of the file, without an end of line.
-        EXPECT_EQ(FIND_MATCH(reader, sixEight, 2), 100.0) << c.what;
+    // Small buffers put the refills at every place of the lines (and cut lines longer than the
+    // buffer); the default one holds the whole file.
+    const std::size_t bufferSizes[] = {4, 7, 16, LibraryFileReader::kDefaultBufferSize};
+    for (const std::size_t bufferSize : bufferSizes) {
+        for (const MatchCase& c : cases) {
+            const test::TempFolder folder;
+            const auto path =
+                folder.write("lib.rsf", "==\nfirst\n" + c.entry + "==\nsecond\n100 6\n101 8");
+            LibraryFileReader reader(path, bufferSize);
+            std::string_view line;
+            ASSERT_TRUE(reader.skipPastSeparator() && reader.next(line))
+                << c.what << ", buffer " << bufferSize;
+            EXPECT_NEAR(FIND_MATCH(reader, c.unknown, c.unknown.capacity()), c.score, 1.0e-6)
+                << c.what << ", buffer " << bufferSize;
+            ASSERT_TRUE(reader.atSeparator() || reader.skipPastSeparator())
+                << c.what << ", buffer " << bufferSize;
+            ASSERT_TRUE(reader.next(line) && line == "second")
+                << c.what << ", buffer " << bufferSize;
+            // The last entry ends at the end of the file, without an end of line.
+            EXPECT_EQ(FIND_MATCH(reader, sixEight, 2), 100.0)
+                << c.what << ", buffer " << bufferSize;
+        }
     }
 }
 
