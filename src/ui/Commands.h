@@ -1,0 +1,55 @@
+// The command numbers of the desktop program: one number per operation, shared by menus,
+// accelerators, the tool bar, the File Manager's buttons and the tests.
+#pragma once
+
+namespace quarvex::ui {
+
+inline constexpr int kCmdExit = 30001;
+inline constexpr int kCmdOpen = 30003;
+inline constexpr int kCmdSave = 30004;
+inline constexpr int kCmdSaveAs = 30005;
+inline constexpr int kCmdPrint = 30006;
+inline constexpr int kCmdPrintSetup = 30007;
+inline constexpr int kCmdUndo = 30008;
+inline constexpr int kCmdHelpContents = 30012;
+inline constexpr int kCmdHelpSearch = 30013;
+inline constexpr int kCmdHelpOnHelp = 30014;
+inline constexpr int kCmdAbout = 30015;
+inline constexpr int kCmdAutoRemoveBackground = 30016;
+inline constexpr int kCmdXrayMode = 30017;
+inline constexpr int kCmdReverseXAxis = 30018;
+inline constexpr int kCmdOpen2 = 30019;
+inline constexpr int kCmdTrimLeft = 30028;
+inline constexpr int kCmdTrimRight = 30029;
+inline constexpr int kCmdZoomFull = 30031;
+inline constexpr int kCmdRedo = 30032;
+inline constexpr int kCmdFileManager = 30033;
+inline constexpr int kCmdRamanSearchMode = 30034;
+inline constexpr int kCmdAutoRemoveCre = 30035;
+inline constexpr int kCmdRecentFileFirst = 30039;
+inline constexpr int kCmdRecentFileLast = 30048;
+inline constexpr int kCmdEditSpectrumMode = 30050;
+inline constexpr int kCmdConsistencyExam = 30052;
+inline constexpr int kCmdMakeInvisible = 30054;
+inline constexpr int kCmdMakePrimary = 30055;
+inline constexpr int kCmdAdjustScale = 30056;
+inline constexpr int kCmdEditDataFile = 30057;
+inline constexpr int kCmdDelete = 30058;
+inline constexpr int kCmdSpectrumName = 30059;
+inline constexpr int kCmdAdjustDataType = 30060;
+inline constexpr int kCmdPreferences = 30062;
+
+// Commands of the tool bar beyond the menus.
+inline constexpr int kCmdExportView = 30070;      ///< save the view as PDF or PNG
+inline constexpr int kCmdSelectRangeMode = 30071; ///< plain left-drag selects an x-range
+inline constexpr int kCmdStackSpectra = 30072;    ///< stack or overlay (preference 5)
+
+// The X-ray Diffraction mode's own pop-up commands (its dialog dispatches them; their numbers
+// overlap the recent-file range of the main window).
+inline constexpr int kCmdOpenOriginalDif = 30038;
+inline constexpr int kCmdOpenAdjustedDif = 30040;
+inline constexpr int kCmdViewReference = 30043;
+inline constexpr int kCmdOpenGreltDatabase = 30044;
+inline constexpr int kCmdCreateSpectrumFromDif = 30046;
+
+} // namespace quarvex::ui

@@ -1,0 +1,213 @@
+// The File Manager's table, details and buttons.
+#include "ui/FileManagerDock.h"
+
+#include "ui/Commands.h"
+#include "ui/SpectrumView.h"
+
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace quarvex::ui {
+
+namespace {
+
+enum Column { kNumber, kName, kMineral, kChemistry, kLocality, kIdentifier, kType, kPoints };
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+QIcon colourSwatch(const QColor& colour) {
+    QPixmap pixmap(28, 12);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colour.darker(130), 1.0));
+    painter.setBrush(colour);
+    painter.drawRoundedRect(QRectF(0.5, 0.5, 27.0, 11.0), 3.0, 3.0);
+    return QIcon(pixmap);
+}
+
+QString text(const std::string& value) {
+    return QString::fromStdString(value);
+}
+
+} // namespace
+
+FileManagerDock::FileManagerDock(ProgramState& state, QWidget* parent)
+    : QDockWidget(QStringLiteral("File Manager"), parent), state_(state) {
+    setObjectName(QStringLiteral("FileManagerDock"));
+    auto* body = new QWidget(this);
+    auto* layout = new QVBoxLayout(body);
+    layout->setContentsMargins(6, 4, 6, 6);
+
+    table_ = new QTreeWidget(body);
+    table_->setColumnCount(8);
+    table_->setHeaderLabels({QStringLiteral("#"), QStringLiteral("Name"), QStringLiteral("Mineral"),
+                             QStringLiteral("Chemistry"), QStringLiteral("Locality"),
+                             QStringLiteral("ID"), QStringLiteral("Type"),
+                             QStringLiteral("Points")});
+    table_->setRootIsDecorated(false);
+    table_->setUniformRowHeights(true);
+    table_->setAlternatingRowColors(true);
+    table_->setSelectionMode(QAbstractItemView::SingleSelection);
+    table_->setContextMenuPolicy(Qt::CustomContextMenu);
+    table_->setIconSize(QSize(28, 12));
+    table_->header()->setStretchLastSection(false);
+    table_->header()->setSectionResizeMode(QHeaderView::Interactive);
+    table_->setToolTip(QStringLiteral("Tick to show a spectrum, double-click to make it primary, "
+                                      "right-click for its menu"));
+    layout->addWidget(table_, 1);
+
+    details_ = new QLabel(body);
+    details_->setTextFormat(Qt::RichText);
+    details_->setWordWrap(true);
+    details_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    details_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    details_->setMinimumHeight(details_->fontMetrics().lineSpacing() * 6);
+    layout->addWidget(details_);
+
+    auto* buttons = new QGridLayout();
+    visibilityButton_ = new QPushButton(QStringLiteral("Make Invisible"), body);
+    primaryButton_ = new QPushButton(QStringLiteral("Make Primary"), body);
+    scaleButton_ = new QPushButton(QStringLiteral("Adjust Scale..."), body);
+    dataTypeButton_ = new QPushButton(QStringLiteral("Adjust Data Type..."), body);
+    deleteButton_ = new QPushButton(QStringLiteral("Delete"), body);
+    buttons->addWidget(visibilityButton_, 0, 0);
+    buttons->addWidget(primaryButton_, 0, 1);
+    buttons->addWidget(deleteButton_, 0, 2);
+    buttons->addWidget(scaleButton_, 1, 0);
+    buttons->addWidget(dataTypeButton_, 1, 1);
+    layout->addLayout(buttons);
+    setWidget(body);
+
+    const std::pair<QPushButton*, int> commands[] = {{visibilityButton_, kCmdMakeInvisible},
+                                                     {primaryButton_, kCmdMakePrimary},
+                                                     {scaleButton_, kCmdAdjustScale},
+                                                     {dataTypeButton_, kCmdAdjustDataType},
+                                                     {deleteButton_, kCmdDelete}};
+    for (const auto& [button, command] : commands) {
+        connect(button, &QPushButton::clicked, this,
+                [this, command] { emit commandRequested(command, selectedSpectrum()); });
+    }
+    connect(table_, &QTreeWidget::itemSelectionChanged, this, [this] {
+        SET_UP_SPECDATA_BUTTONS();
+        showDetails();
+        emit selectionChanged(selectedSpectrum());
+    });
+    connect(table_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) {
+        emit commandRequested(kCmdMakePrimary, table_->indexOfTopLevelItem(item));
+    });
+    connect(table_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
+        const int spectrum = table_->indexOfTopLevelItem(item);
+        if (filling_ || column != kNumber || spectrum < 0) {
+            return;
+        }
+        const bool wanted = item->checkState(kNumber) == Qt::Checked;
+        if (wanted != static_cast<bool>(state_.specdata.VISIBLE[at(spectrum)])) {
+            emit commandRequested(kCmdMakeInvisible, spectrum); // the command toggles
+        }
+    });
+    connect(table_, &QTreeWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
+        const int spectrum = table_->indexOfTopLevelItem(table_->itemAt(pos));
+        if (spectrum >= 0) {
+            selectSpectrum(spectrum);
+            emit popupRequested(table_->viewport()->mapToGlobal(pos), spectrum);
+        }
+    });
+    HANDLE_FILEMANAGER_LISTVIEW();
+}
+
+void FileManagerDock::HANDLE_FILEMANAGER_LISTVIEW() {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const int selected = selectedSpectrum();
+    filling_ = true;
+    table_->clear();
+    for (int k = 0; k < s.count(); ++k) {
+        const MINERALINFO& header = s.HEADER[at(k)];
+        auto* item = new QTreeWidgetItem(table_);
+        item->setText(kNumber, QString::number(k + 1));
+        item->setIcon(kNumber, colourSwatch(spectrumColour(state_.painting, k)));
+        item->setCheckState(kNumber, s.VISIBLE[at(k)] ? Qt::Checked : Qt::Unchecked);
+        item->setText(kName, text(s.NAME[at(k)]));
+        item->setToolTip(kName, text(s.PATH[at(k)]));
+        item->setText(kMineral, text(header.names));
+        item->setText(kChemistry, text(header.chemistry));
+        item->setText(kLocality, text(header.locality));
+        item->setToolTip(kLocality, text(header.locality));
+        item->setText(kIdentifier, text(header.id));
+        item->setText(kType, text(s.DTYPE[at(k)]));
+        item->setText(kPoints, QString::number(s.NUMDATA[at(k)]));
+        item->setTextAlignment(kPoints, Qt::AlignRight | Qt::AlignVCenter);
+        if (s.ACTIVE[at(k)]) {
+            QFont bold = item->font(kName);
+            bold.setBold(true);
+            for (int column = 0; column < table_->columnCount(); ++column) {
+                item->setFont(column, bold);
+            }
+        }
+    }
+    for (int column = 0; column < table_->columnCount(); ++column) {
+        table_->resizeColumnToContents(column);
+        table_->setColumnWidth(column, std::min(table_->columnWidth(column), 260));
+    }
+    filling_ = false;
+    selectSpectrum(selected >= 0 && selected < s.count() ? selected : s.count() - 1);
+    SET_UP_SPECDATA_BUTTONS();
+    showDetails();
+}
+
+void FileManagerDock::SET_UP_SPECDATA_BUTTONS() {
+    const int spectrum = selectedSpectrum();
+    const bool any = spectrum >= 0;
+    for (QPushButton* button :
+         {visibilityButton_, primaryButton_, scaleButton_, dataTypeButton_, deleteButton_}) {
+        button->setEnabled(any);
+    }
+    const bool hidden = any && !state_.specdata.VISIBLE[at(spectrum)];
+    visibilityButton_->setText(hidden ? QStringLiteral("Make Visible")
+                                      : QStringLiteral("Make Invisible"));
+    primaryButton_->setEnabled(any && !state_.specdata.ACTIVE[at(spectrum)]);
+}
+
+int FileManagerDock::selectedSpectrum() const {
+    const QList<QTreeWidgetItem*> items = table_->selectedItems();
+    return items.isEmpty() ? -1 : table_->indexOfTopLevelItem(items.front());
+}
+
+void FileManagerDock::selectSpectrum(int spectrum) {
+    if (QTreeWidgetItem* item = table_->topLevelItem(spectrum)) {
+        table_->setCurrentItem(item);
+    } else {
+        table_->clearSelection();
+    }
+}
+
+void FileManagerDock::showDetails() {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const int k = selectedSpectrum();
+    if (k < 0) {
+        details_->setText(QStringLiteral("<i>No spectrum loaded.</i>"));
+        return;
+    }
+    const auto x = s.xValues(k);
+    const QString range =
+        x.empty() ? QStringLiteral("-") : QStringLiteral("%1 to %2").arg(x.front()).arg(x.back());
+    const QString scale =
+        s.ABS_SCALE[at(k)] > 0.0F
+            ? QStringLiteral("%1 (full scale %2)").arg(s.SCALE_FACT[at(k)]).arg(s.ABS_SCALE[at(k)])
+            : QStringLiteral("%1 (automatic)").arg(s.SCALE_FACT[at(k)]);
+    details_->setText(
+        QStringLiteral("<b>%1</b><br>%2<br>x: %3 &nbsp; y: %4 to %5<br>"
+                       "wave: %6 &nbsp; scale: %7")
+            .arg(text(s.NAME[at(k)]).toHtmlEscaped(), text(s.PATH[at(k)]).toHtmlEscaped(), range,
+                 QString::number(s.Y_EXTREMES[at(k)][0]), QString::number(s.Y_EXTREMES[at(k)][1]),
+                 text(s.WAVE_INFO[at(k)]).toHtmlEscaped(), scale));
+}
+
+} // namespace quarvex::ui

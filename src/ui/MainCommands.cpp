@@ -1,0 +1,380 @@
+// The main window's dispatch: from a command number to the operation that carries it out.
+#include "ui/MainWndProc.h"
+
+#include "common/QuarvexError.h"
+#include "common/WorkingFolders.h"
+#include "specdata/SpecDataArrange.h"
+#include "specdata/SpecDataManager.h"
+#include "ui/AboutDlgProc.h"
+#include "ui/Commands.h"
+#include "ui/FileManagerDock.h"
+#include "ui/HelpPages.h"
+#include "ui/PreferencesDialog.h"
+#include "ui/PrintAndExport.h"
+#include "ui/ProgressRunner.h"
+#include "ui/SpectrumDialogs.h"
+#include "ui/SpectrumView.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QPageSetupDialog>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QStatusBar>
+#include <QUrl>
+
+namespace quarvex::ui {
+
+namespace {
+
+constexpr const char* kConsistencyQuestion =
+    "Run Consistency Exam? The Process Can Take Several Hours!";
+constexpr const char* kConsistencyTitle = "Raman Library Consistency Exam";
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+bool isMainWindowCommand(int command) {
+    switch (command) {
+    case kCmdExit:
+    case kCmdOpen:
+    case kCmdSave:
+    case kCmdSaveAs:
+    case kCmdPrint:
+    case kCmdPrintSetup:
+    case kCmdUndo:
+    case kCmdHelpContents:
+    case kCmdHelpSearch:
+    case kCmdHelpOnHelp:
+    case kCmdAbout:
+    case kCmdAutoRemoveBackground:
+    case kCmdXrayMode:
+    case kCmdReverseXAxis:
+    case kCmdOpen2:
+    case kCmdTrimLeft:
+    case kCmdTrimRight:
+    case kCmdZoomFull:
+    case kCmdRedo:
+    case kCmdFileManager:
+    case kCmdRamanSearchMode:
+    case kCmdAutoRemoveCre:
+    case kCmdEditSpectrumMode:
+    case kCmdConsistencyExam:
+    case kCmdMakeInvisible:
+    case kCmdMakePrimary:
+    case kCmdAdjustScale:
+    case kCmdEditDataFile:
+    case kCmdDelete:
+    case kCmdSpectrumName:
+    case kCmdAdjustDataType:
+    case kCmdPreferences:
+    case kCmdExportView:
+    case kCmdSelectRangeMode:
+    case kCmdStackSpectra:
+        return true;
+    default:
+        return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast;
+    }
+}
+
+// The spectrum reader's "|"-separated filter list in the file dialog's form. "*.*" becomes "*"
+// so that files without an extension are listed too.
+QString qtFileFilter(std::string_view filters) {
+    const QStringList parts =
+        QString::fromUtf8(filters.data(), static_cast<qsizetype>(filters.size()))
+            .split(QLatin1Char('|'), Qt::SkipEmptyParts);
+    QStringList qtFilters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QString label = parts[i];
+        if (parts[i + 1] == QStringLiteral("*.*")) {
+            label.replace(QStringLiteral("(*.*)"), QStringLiteral("(*)"));
+        }
+        qtFilters.append(label);
+    }
+    return qtFilters.join(QStringLiteral(";;"));
+}
+
+QString qPath(const std::filesystem::path& path) {
+    return QString::fromStdString(path.string());
+}
+
+} // namespace
+
+DispatchResult MainWndProc::dispatch(int command) {
+    if (!isMainWindowCommand(command)) {
+        return DispatchResult::Unknown;
+    }
+    if (!canRun(command)) {
+        return DispatchResult::Greyed;
+    }
+    try {
+        runCommand(command);
+    } catch (const QuarvexError& error) {
+        showError(error);
+    }
+    SETUP_ANDADJUST_MENUS();
+    return DispatchResult::Done;
+}
+
+void MainWndProc::runCommand(int command) {
+    SPECDATA_GLOBALS& specdata = state_.specdata;
+    Preferences& preferences = state_.quarvex.preferences;
+    const int target = targetSpectrum();
+    switch (command) {
+    case kCmdOpen:
+    case kCmdOpen2:
+        READ_SPECDATA_FILE(command == kCmdOpen2);
+        break;
+    case kCmdPrint:
+        print();
+        break;
+    case kCmdPrintSetup:
+        printSetup();
+        break;
+    case kCmdExportView:
+        exportView();
+        break;
+    case kCmdExit:
+        close();
+        break;
+    case kCmdPreferences:
+        editPreferences();
+        break;
+    case kCmdFileManager:
+        showFileManager();
+        break;
+    case kCmdHelpContents:
+    case kCmdHelpSearch:
+    case kCmdHelpOnHelp:
+        openHelp(command);
+        break;
+    case kCmdAbout: {
+        AboutDlgProc about(this);
+        options_.interaction->execDialog(about);
+        break;
+    }
+    case kCmdConsistencyExam:
+        consistencyExam();
+        break;
+    case kCmdZoomFull:
+        view_->ZOOM_OUT();
+        break;
+    case kCmdReverseXAxis:
+        preferences.reverseXAxis = !preferences.reverseXAxis;
+        AFTERUPDATESP();
+        break;
+    case kCmdStackSpectra:
+        preferences.stackSpectra = !preferences.stackSpectra;
+        refreshAfterSpectrumChange();
+        view_->ZOOM_OUT();
+        break;
+    case kCmdSelectRangeMode:
+        view_->setRangeSelectionMode(!view_->rangeSelectionMode());
+        break;
+    case kCmdMakeInvisible:
+        setSpectrumVisible(specdata, target, !specdata.VISIBLE[at(target)]);
+        refreshAfterSpectrumChange();
+        break;
+    case kCmdMakePrimary:
+        MAKE_PRIMARY(specdata, target);
+        refreshAfterSpectrumChange();
+        break;
+    case kCmdAdjustScale:
+        adjustScale();
+        break;
+    case kCmdAdjustDataType:
+        adjustDataType();
+        break;
+    case kCmdDelete:
+        DELETE_SPECDATA_FILE(specdata, target);
+        ensurePrimary(specdata);
+        refreshAfterSpectrumChange();
+        break;
+    case kCmdSpectrumName:
+        showFileManager();
+        fileManager_->selectSpectrum(target);
+        break;
+    default:
+        break; // greyed commands never arrive here
+    }
+}
+
+void MainWndProc::READ_SPECDATA_FILE(bool another) {
+    QString folder = QFileInfo(lastOpenedPath_).absolutePath();
+    if (another) {
+        // Open Another starts beside the primary spectrum, to add its neighbours.
+        folder = QFileInfo(QString::fromStdString(state_.specdata.PATH[at(targetSpectrum())]))
+                     .absolutePath();
+    } else if (lastOpenedPath_.isEmpty()) {
+        folder = QDir::currentPath();
+    }
+    const QString suffix = QFileInfo(lastOpenedPath_).suffix();
+    const std::string extension =
+        suffix.isEmpty() ? std::string() : (QLatin1Char('.') + suffix).toStdString();
+    const QStringList files = options_.interaction->askOpenFileNames(
+        this, another ? QStringLiteral("Open Another Spectrum") : QStringLiteral("Open Spectra"),
+        folder, qtFileFilter(fileFilterForPreviousExtension(extension)));
+    openFiles(files);
+}
+
+int MainWndProc::openFiles(const QStringList& paths) {
+    int added = 0;
+    for (const QString& path : paths) {
+        try {
+            quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString());
+            lastOpenedPath_ = path;
+            ++added;
+        } catch (const QuarvexError& error) {
+            showError(error);
+        }
+    }
+    if (added > 0) {
+        refreshAfterSpectrumChange();
+        view_->ZOOM_OUT();
+        statusBar()->showMessage(
+            added == 1 ? QStringLiteral("Opened %1").arg(QFileInfo(lastOpenedPath_).fileName())
+                       : QStringLiteral("Opened %1 spectra").arg(added),
+            5000);
+    }
+    return added;
+}
+
+// After a spectrum was added, removed, hidden, rescaled or retyped: the list, its buttons, the
+// extremes, the stack, then the view.
+void MainWndProc::refreshAfterSpectrumChange() {
+    fileManager_->HANDLE_FILEMANAGER_LISTVIEW();
+    fileManager_->SET_UP_SPECDATA_BUTTONS();
+    RESET_YVALS(state_.specdata);
+    RESETSTACK(state_.specdata, state_.quarvex.preferences.stackSpectra);
+    AFTERUPDATESP();
+}
+
+void MainWndProc::AFTERUPDATESP() {
+    view_->ORGANIZE_PAINTING();
+    updateStatus();
+    updateTitle();
+    SETUP_ANDADJUST_MENUS();
+}
+
+void MainWndProc::showFileManager() {
+    fileManager_->show();
+    fileManager_->raise();
+    resizeDocks({fileManager_}, {std::max(440, width() / 3)}, Qt::Horizontal);
+}
+
+void MainWndProc::editPreferences() {
+    PreferencesDialog dialog(state_.quarvex.preferences, this);
+    dialog.adjustSize();
+    CENTERWINDOW(dialog);
+    if (options_.interaction->execDialog(dialog) != QDialog::Accepted) {
+        return;
+    }
+    state_.quarvex.preferences = dialog.values();
+    refreshAfterSpectrumChange();
+    view_->ZOOM_OUT();
+}
+
+void MainWndProc::adjustScale() {
+    const int k = targetSpectrum();
+    SPECDATA_GLOBALS& specdata = state_.specdata;
+    AdjustScaleDialog dialog(QString::fromStdString(specdata.NAME[at(k)]),
+                             specdata.SCALE_FACT[at(k)], specdata.ABS_SCALE[at(k)], this);
+    CENTERWINDOW(dialog);
+    if (options_.interaction->execDialog(dialog) == QDialog::Accepted) {
+        ADJUST_SCALE(specdata, k, dialog.scaleFactor(), dialog.absoluteScale());
+        refreshAfterSpectrumChange();
+        view_->ZOOM_OUT();
+    }
+}
+
+void MainWndProc::adjustDataType() {
+    const int k = targetSpectrum();
+    SPECDATA_GLOBALS& specdata = state_.specdata;
+    AdjustDataTypeDialog dialog(QString::fromStdString(specdata.NAME[at(k)]),
+                                QString::fromStdString(specdata.DTYPE[at(k)]), this);
+    CENTERWINDOW(dialog);
+    if (options_.interaction->execDialog(dialog) == QDialog::Accepted) {
+        ADJUST_DATA_TYPE(specdata, k, dialog.dataType().toStdString());
+        refreshAfterSpectrumChange();
+    }
+}
+
+QPrinter& MainWndProc::printer() {
+    if (!printer_) {
+        printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
+        printer_->setPageOrientation(QPageLayout::Landscape);
+    }
+    return *printer_;
+}
+
+void MainWndProc::print() {
+    QPrintDialog dialog(&printer(), this);
+    if (options_.interaction->execDialog(dialog) != QDialog::Accepted) {
+        return;
+    }
+    QStringList names;
+    for (const int k : view_->drawnSpectra()) {
+        names.append(QString::fromStdString(state_.specdata.NAME[at(k)]));
+    }
+    PRINTOUTMAINSCREEN(*view_, printer(),
+                       QStringLiteral("Quarvex   %1   %2")
+                           .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
+                                names.join(QStringLiteral(", "))));
+}
+
+void MainWndProc::printSetup() {
+    if (printer().outputFormat() != QPrinter::NativeFormat) {
+        throw QuarvexError("No Printer Is Installed. Print... Can Still Write The View To A PDF "
+                           "File.",
+                           "Print Setup");
+    }
+    QPageSetupDialog dialog(&printer(), this);
+    options_.interaction->execDialog(dialog);
+}
+
+void MainWndProc::exportView() {
+    const QString proposed =
+        QFileInfo(QString::fromStdString(state_.specdata.PATH[at(targetSpectrum())]))
+            .completeBaseName();
+    const QString path = options_.interaction->askSaveFileName(
+        this, QStringLiteral("Export View"),
+        QDir(QFileInfo(lastOpenedPath_).absolutePath()).filePath(proposed + QStringLiteral(".pdf")),
+        QStringLiteral("PDF document (*.pdf);;PNG image (*.png)"));
+    if (path.isEmpty()) {
+        return;
+    }
+    if (!ui::exportView(*view_, path)) {
+        throw QuarvexError("The View Could Not Be Saved As " + path.toStdString(), "Export View");
+    }
+    statusBar()->showMessage(QStringLiteral("Saved %1").arg(path), 5000);
+}
+
+void MainWndProc::openHelp(int command) {
+    const std::filesystem::path page =
+        prepareHelpPage(command, options_.docsFolder, options_.home / kTempFolder / "Help");
+    if (!options_.interaction->openUrl(QUrl::fromLocalFile(qPath(page)))) {
+        throw QuarvexError("Help Is Not Available: No Program Could Show " + page.string(),
+                           kHelpErrorTitle);
+    }
+}
+
+void MainWndProc::consistencyExam() {
+    if (!options_.interaction->askYesNo(this, QString::fromUtf8(kConsistencyQuestion),
+                                        QString::fromUtf8(kConsistencyTitle))) {
+        return;
+    }
+    if (hooks_.consistencyExam) {
+        runWithProgress(
+            this, QString::fromUtf8(kConsistencyTitle),
+            [this](const ProgressCallback& progress) { hooks_.consistencyExam(state_, progress); });
+    }
+}
+
+void MainWndProc::showError(const QuarvexError& error) {
+    options_.interaction->showError(this, QString::fromStdString(error.text()),
+                                    QString::fromStdString(error.title()));
+}
+
+} // namespace quarvex::ui

@@ -1,0 +1,158 @@
+// The main window: menus, tool bar, status bar, the spectrum view and the mode docks, and the
+// one dispatch function from command number to operation.
+#pragma once
+
+#include "common/Progress.h"
+#include "shell/ProgramState.h"
+#include "ui/UserInteraction.h"
+
+#include <QMainWindow>
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+
+class QLabel;
+class QPrinter;
+
+namespace quarvex {
+class QuarvexError;
+}
+
+namespace quarvex::ui {
+
+class FileManagerDock;
+class SpectrumView;
+struct MenuResource;
+
+/// Where the window finds its files, and who answers its questions.
+struct MainWindowOptions {
+    std::filesystem::path home;       ///< the program's home folder (working folders, QV.ini)
+    std::filesystem::path docsFolder; ///< the Markdown documentation opened by Help
+    /// Message boxes, file dialogs, modal dialogs, opening documents; null: Qt's own.
+    std::shared_ptr<UserInteraction> interaction;
+};
+
+/// Core operations that arrive with the Raman library: the window runs them in a worker thread
+/// behind a progress dialog when connected, and skips them while empty.
+struct CoreHooks {
+    /// The library compilation of start-up (progress "Compiling Library...").
+    std::function<void(ProgramState&, const ProgressCallback&)> compileLibraryAtStart;
+    /// What follows a Yes to the consistency-exam question.
+    std::function<void(ProgramState&, const ProgressCallback&)> consistencyExam;
+};
+
+enum class DispatchResult {
+    Done,   ///< the operation ran (an error it raised was shown in a message box)
+    Greyed, ///< the command exists but cannot run now (its items are greyed)
+    Unknown ///< not a command of the main window
+};
+
+/// Start-up is split as the window's life is: the constructor is the window's creation (menus,
+/// view, then SET_UP_RAND_BRUSHES, INI_DRAG, INI_PREF_SETUP(2)); `startUp()` runs the rest in
+/// order (CENTERWINDOW, HOLD_SPECRGN_ARRAYS, PREPARE_TOOLBAR, SET_UP_STATUS_BAR, SET_UP_FOLDERS,
+/// the library compilation hook, SET_UP_REF_FILE(1), drops accepted, shown). Closing the window
+/// is its destruction: INI_PREF_SETUP(1) and FREE_SPECDATA_POINTERS.
+class MainWndProc : public QMainWindow {
+    Q_OBJECT
+
+public:
+    MainWndProc(ProgramState& state, MainWindowOptions options, QWidget* parent = nullptr);
+    ~MainWndProc() override;
+
+    void setCoreHooks(CoreHooks hooks) { hooks_ = std::move(hooks); }
+
+    /// Start-up after the window's creation; shows the window.
+    void startUp();
+
+    /// Runs the operation of a command: menus, accelerators, the tool bar, the File Manager and
+    /// the tests all come through here. A spectrum command applies to the target spectrum.
+    DispatchResult dispatch(int command);
+
+    /// True when the command can run in the present state (otherwise its items are greyed).
+    bool canRun(int command) const;
+
+    /// Enables and greys every item for the present state and sets the run-time texts of the
+    /// open items: "&Open...\tCtrl+O" always, "Open &Another...\tCtrl+Shift+O" on the second
+    /// open item, shown only once a spectrum is loaded.
+    void SETUP_ANDADJUST_MENUS();
+
+    /// Reads each file with READ_SPECDATA_FILE (a file that fails shows its message and is
+    /// skipped), then redraws. Returns the number of spectra added.
+    int openFiles(const QStringList& paths);
+
+    /// The spectrum (0-based) that spectrum commands apply to; -1 means the primary one.
+    void setTargetSpectrum(int spectrum) { targetSpectrum_ = spectrum; }
+    int targetSpectrum() const;
+
+    SpectrumView* view() const { return view_; }
+    FileManagerDock* fileManager() const { return fileManager_; }
+    QMenu* viewPopup() const { return viewPopup_; }
+    QMenu* spectrumPopup() const { return spectrumPopup_; }
+    QMenu* diffractionFilePopup() const { return diffractionFilePopup_; }
+    QMenu* referencePopup() const { return referencePopup_; }
+    /// Every menu and tool-bar action of a command.
+    QList<QAction*> actionsFor(int command) const;
+    /// The status bar's cross-hair field ("x = ..., y = ...").
+    QString crosshairText() const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    // Window (MainWndProc.cpp)
+    void buildMenus();
+    QMenu* buildMenu(const MenuResource& resource, QWidget* parent, bool dispatched);
+    void fillMenu(QMenu* menu, const MenuResource& resource, bool dispatched);
+    QAction* commandAction(int command) const;
+    void PREPARE_TOOLBAR();
+    void SET_UP_STATUS_BAR();
+    void HANDLE_POPUP_MENU(const QPoint& globalPos, int spectrum);
+    void updateStatus();
+    void updateTitle();
+
+    // Commands (MainCommands.cpp)
+    void runCommand(int command);
+    void READ_SPECDATA_FILE(bool another);
+    void refreshAfterSpectrumChange();
+    void AFTERUPDATESP();
+    void showFileManager();
+    void editPreferences();
+    void adjustScale();
+    void adjustDataType();
+    void print();
+    void printSetup();
+    void exportView();
+    void openHelp(int command);
+    void consistencyExam();
+    void showError(const QuarvexError& error);
+    QPrinter& printer();
+
+    ProgramState& state_;
+    MainWindowOptions options_;
+    CoreHooks hooks_;
+    SpectrumView* view_ = nullptr;
+    FileManagerDock* fileManager_ = nullptr;
+    QMenu* viewPopup_ = nullptr;
+    QMenu* spectrumPopup_ = nullptr;
+    QMenu* diffractionFilePopup_ = nullptr;
+    QMenu* referencePopup_ = nullptr;
+    QToolBar* toolBar_ = nullptr;
+    QLabel* crosshairLabel_ = nullptr;
+    QLabel* selectionLabel_ = nullptr;
+    QLabel* countLabel_ = nullptr;
+    std::multimap<int, QAction*> actions_;
+    std::unique_ptr<QPrinter> printer_;
+    QString lastOpenedPath_;
+    int targetSpectrum_ = -1;
+    bool shutDownDone_ = false;
+};
+
+/// Moves a window so that it is centred on its screen.
+void CENTERWINDOW(QWidget& window);
+
+} // namespace quarvex::ui

@@ -1,0 +1,121 @@
+// The main view: every loaded, visible spectrum stacked and scaled in its colour, with a
+// cross-hair, zoom and an x-range selection.
+#pragma once
+
+#include "shell/ProgramState.h"
+
+#include <qcustomplot.h>
+
+#include <optional>
+#include <vector>
+
+namespace quarvex::ui {
+
+/// The colour-table entry of a spectrum (0-based); numbers beyond the table start over.
+QColor spectrumColour(const PAINTINGGLOBALS& painting, int spectrum);
+
+/// The x-axis title of a data type: "Raman shift / cm-1", "Energy" or "2-theta / deg".
+QString xAxisTitleFor(const std::string& dataType);
+
+/// An x-range of the view in data units, start <= end.
+struct XRange {
+    double start = 0.0;
+    double end = 0.0;
+};
+
+/// Mouse and keys: moving the mouse moves the cross-hair along the cross-hair spectrum (the
+/// primary one unless Up/Down chose another); Left/Right move it one point. Left-drag zooms into
+/// a box, the wheel zooms x (with Ctrl: y), middle-drag pans, a double click zooms full.
+/// Shift+left-drag (or any left-drag in range-selection mode) selects an x-range; a click
+/// without dragging clears it, and so does Escape. The right button asks for a pop-up menu.
+class SpectrumView : public QCustomPlot {
+    Q_OBJECT
+
+public:
+    explicit SpectrumView(ProgramState& state, QWidget* parent = nullptr);
+
+    /// Creates the view's regions: the layers of the spectra, the primary spectrum, and the
+    /// cross-hair and selection above them, with their items.
+    void HOLD_SPECRGN_ARRAYS();
+
+    /// No drag in progress; a plain left-drag zooms.
+    void INI_DRAG();
+
+    /// Draws every visible spectrum from the program state (STACK_BUFF, SCALE_FACT, ABS_SCALE
+    /// as left by RESETSTACK), applies the view preferences (reverse x, grid) and takes the
+    /// x-axis title from the primary spectrum's data type. A range the user zoomed into is kept.
+    void ORGANIZE_PAINTING();
+
+    /// Shows the whole of every visible spectrum.
+    void ZOOM_OUT();
+
+    /// Moves the cross-hair for an arrow key: Left/Right one point (in screen direction, also
+    /// with a reversed axis), Up/Down to the next visible spectrum above or below. False for any
+    /// other key or when nothing is drawn.
+    bool CROSSHAIR_MOVE(int key);
+
+    std::optional<XRange> selectedRange() const { return selection_; }
+    void setSelectedRange(std::optional<XRange> range);
+
+    void setRangeSelectionMode(bool on) { rangeSelectionMode_ = on; }
+    bool rangeSelectionMode() const { return rangeSelectionMode_; }
+
+    /// The spectrum (0-based) the cross-hair is on and its point, -1 when none.
+    int crosshairSpectrum() const { return crosshairSpectrum_; }
+    int crosshairPoint() const { return crosshairPoint_; }
+
+    /// The visible spectrum whose drawing passes within a few pixels of `pos`; -1 when none.
+    int spectrumAt(const QPointF& pos) const;
+
+    /// Spectrum numbers (0-based) of the drawn curves, in drawing order.
+    const std::vector<int>& drawnSpectra() const { return graphSpectrum_; }
+
+signals:
+    void crosshairMoved(int spectrum, int point);
+    void selectionChanged();
+    /// The right button was pressed over a spectrum (its index) or the empty view (-1).
+    void popupRequested(const QPoint& globalPos, int spectrum);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    struct Ranges {
+        QCPRange x;
+        QCPRange y;
+    };
+    Ranges fullRanges() const;
+    void setRanges(const Ranges& ranges);
+    void placeCrosshair(int spectrum, int point);
+    void moveCrosshairToPixel(double pixelX);
+    void showSelection();
+    int nearestPoint(int spectrum, double x) const;
+    int primaryVisibleSpectrum() const;
+
+    ProgramState& state_;
+    std::vector<int> graphSpectrum_;
+    QCPLayer* primaryLayer_ = nullptr;
+    QCPLayer* interactionLayer_ = nullptr;
+    QCPItemStraightLine* crossVertical_ = nullptr;
+    QCPItemStraightLine* crossHorizontal_ = nullptr;
+    QCPItemTracer* crossMarker_ = nullptr;
+    QCPItemRect* selectionBox_ = nullptr;
+    QCPItemText* emptyHint_ = nullptr;
+    int crosshairSpectrum_ = -1;
+    int crosshairPoint_ = -1;
+    std::optional<XRange> selection_;
+    bool rangeSelectionMode_ = false;
+    bool userZoomed_ = false;
+    bool settingRanges_ = false;
+    enum class Drag { None, Selecting, Panning } drag_ = Drag::None;
+    QPointF dragStart_;
+    Ranges dragStartRanges_;
+};
+
+} // namespace quarvex::ui

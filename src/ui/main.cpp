@@ -1,0 +1,66 @@
+// quarvex: the desktop program. `quarvex [--home DIR] [FILE...]` opens the files at start.
+#include "common/WorkingFolders.h"
+#include "ui/HelpPages.h"
+#include "ui/MainWndProc.h"
+#include "ui/ToolIcons.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QTimer>
+
+#include <optional>
+
+int main(int argc, char** argv) {
+    using namespace quarvex;
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Quarvex"));
+    QApplication::setApplicationVersion(QStringLiteral(QUARVEX_VERSION));
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setWindowIcon(ui::toolIcon(ui::ToolIcon::Program));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Quarvex: identify minerals from their Raman spectra and refine unit cells from X-ray "
+        "powder patterns."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption homeOption(
+        QStringLiteral("home"),
+        QStringLiteral("Home folder of the program (working folders, QV.ini, the Raman library); "
+                       "default $QUARVEX_HOME, else the folder of this executable."),
+        QStringLiteral("DIR"));
+    // For documentation and checks: run commands after start-up, then save the window as an
+    // image and quit.
+    QCommandLineOption commandOption(QStringLiteral("run-command"),
+                                     QStringLiteral("Dispatch a command number after start-up."),
+                                     QStringLiteral("NUMBER"));
+    commandOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+                                        QStringLiteral("Save the window as an image and quit."),
+                                        QStringLiteral("FILE"));
+    screenshotOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({homeOption, commandOption, screenshotOption});
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
+                                 QStringLiteral("[FILE...]"));
+    parser.process(application);
+
+    std::optional<std::filesystem::path> home;
+    if (parser.isSet(homeOption)) {
+        home = parser.value(homeOption).toStdString();
+    }
+    ProgramState state;
+    ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), nullptr});
+    window.startUp();
+    window.openFiles(parser.positionalArguments());
+    for (const QString& command : parser.values(commandOption)) {
+        window.dispatch(command.toInt());
+    }
+    if (parser.isSet(screenshotOption)) {
+        const QString file = parser.value(screenshotOption);
+        QTimer::singleShot(800, &window, [&window, file] {
+            window.grab().save(file);
+            window.close();
+        });
+    }
+    return QApplication::exec();
+}

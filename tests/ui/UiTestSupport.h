@@ -1,0 +1,85 @@
+// A main window on a fresh home folder, with a user whose answers the test sets.
+#pragma once
+
+#include "TestSupport.h"
+
+#include "shell/ProgramState.h"
+#include "ui/MainWndProc.h"
+#include "ui/UserInteraction.h"
+
+#include <QDialog>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace quarvex::test {
+
+/// Records every message and question; answers from its fields. Modal dialogs are handed to
+/// `onDialog` (default: rejected without being shown).
+class RecordingInteraction : public ui::UserInteraction {
+public:
+    struct Message {
+        QString text;
+        QString title;
+    };
+    std::vector<Message> errors;
+    std::vector<Message> questions;
+    std::vector<QString> dialogs; ///< window titles of the modal dialogs run
+    std::vector<QUrl> openedUrls;
+    bool answerYes = false;
+    bool openSucceeds = true;
+    QStringList filesToOpen;
+    QString saveName;
+    std::function<int(QDialog&)> onDialog;
+
+    void showError(QWidget*, const QString& text, const QString& title) override {
+        errors.push_back({text, title});
+    }
+    bool askYesNo(QWidget*, const QString& question, const QString& title) override {
+        questions.push_back({question, title});
+        return answerYes;
+    }
+    QStringList askOpenFileNames(QWidget*, const QString&, const QString&,
+                                 const QString&) override {
+        return filesToOpen;
+    }
+    QString askSaveFileName(QWidget*, const QString&, const QString&, const QString&) override {
+        return saveName;
+    }
+    int execDialog(QDialog& dialog) override {
+        dialogs.push_back(dialog.windowTitle());
+        return onDialog ? onDialog(dialog) : QDialog::Rejected;
+    }
+    bool openUrl(const QUrl& url) override {
+        openedUrls.push_back(url);
+        return openSucceeds;
+    }
+};
+
+/// A started main window over a fresh state and home folder.
+struct WindowFixture {
+    explicit WindowFixture(std::filesystem::path docs = sourcePath("docs")) {
+        window = std::make_unique<ui::MainWndProc>(
+            state, ui::MainWindowOptions{home.path(), std::move(docs), interaction});
+        window->startUp();
+    }
+
+    /// Opens shipped example spectra through the window.
+    void open(std::initializer_list<const char*> names) {
+        QStringList paths;
+        for (const char* name : names) {
+            paths.append(QString::fromStdString(
+                sourcePath(std::string("data/raman/examples/") + name).string()));
+        }
+        window->openFiles(paths);
+    }
+
+    TempFolder home;
+    ProgramState state;
+    std::shared_ptr<RecordingInteraction> interaction = std::make_shared<RecordingInteraction>();
+    std::unique_ptr<ui::MainWndProc> window;
+};
+
+} // namespace quarvex::test

@@ -1,0 +1,25 @@
+// Working with the main window: opening and dropping files, spectrum commands, preferences,
+// cross-hair, printing and export, long operations and shut-down.
+#pragma once
+
+#include <QObject>
+
+namespace quarvex::test {
+
+class WindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void openingAndDroppingFilesLoadSpectra();
+    void missingFileShowsTheSharingError();
+    void preferencesRoundTrip();
+    void preferencesDriveTheView();
+    void spectrumCommandsChangeTheSpectra();
+    void crosshairMovesOnePointPerArrowKey();
+    void rangeSelectionIsExposed();
+    void printAndExportWriteFiles();
+    void longOperationsKeepTheWindowAlive();
+    void exitWritesPreferencesAndFreesSpectra();
+};
+
+} // namespace quarvex::test

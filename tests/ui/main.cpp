@@ -1,0 +1,16 @@
+// Runs the desktop program's test classes in one executable (offscreen platform).
+#include "MenuTest.h"
+#include "WindowTest.h"
+
+#include <QApplication>
+#include <QTest>
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    int failures = 0;
+    quarvex::test::MenuTest menus;
+    failures += QTest::qExec(&menus, argc, argv);
+    quarvex::test::WindowTest window;
+    failures += QTest::qExec(&window, argc, argv);
+    return failures == 0 ? 0 : 1;
+}
