@@ -32,6 +32,7 @@ bool stderrIsTerminal();
 CliCommand addInfoCommand(CLI::App& app);
 CliCommand addPeaksCommand(CLI::App& app);
 CliCommand addFitCommand(CLI::App& app);
+CliCommand addRefineCommand(CLI::App& app);
 std::vector<CliCommand> addBenchCommands(CLI::App& app);
 std::vector<CliCommand> addLibraryCommands(CLI::App& app);
 CliCommand addResampleCommand(CLI::App& app);

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     commands.push_back(addInfoCommand(app));
     commands.push_back(addPeaksCommand(app));
     commands.push_back(addFitCommand(app));
+    commands.push_back(addRefineCommand(app));
     for (CliCommand& command : addLibraryCommands(app)) {
         commands.push_back(std::move(command));
     }

@@ -1,6 +1,8 @@
 // State groups of the X-ray side: reference patterns, peaks and the refinement blocks.
 #pragma once
 
+#include "xray/RefineState.h" // the refinement blocks PARMMAX, INOUTPARMS, DATASTFF
+
 namespace quarvex {
 
 /// Diffraction-pattern state: the loaded reference patterns.
@@ -8,10 +10,5 @@ struct DIFF_GLOBALS {};
 
 /// X-ray peak state: the observed peaks of each phase.
 struct XRAY_PEAK_GLOBALS {};
-
-/// Shared blocks of the refinement code.
-struct PARMMAX {};
-struct INOUTPARMS {};
-struct DATASTFF {};
 
 } // namespace quarvex
