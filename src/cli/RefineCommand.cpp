@@ -50,6 +50,7 @@ Json resultJson(const INOUTPARMS& io, const DATASTFF& data) {
                 {"volume_error", io.volumeError},
                 {"rmse", io.rmse},
                 {"iterations", io.iterations},
+                {"iteration_limit_hit", io.iterationLimitHit},
                 {"machine_error", io.machineError},
                 {"machine_error_search", searchState(io)},
                 {"report", io.reportPath.string()},
@@ -70,7 +71,11 @@ void printText(const INOUTPARMS& io, const DATASTFF& data) {
     }
     std::printf("  %-6s = %12.3f +/- %.3f\n", "volume", io.volume, io.volumeError);
     std::printf("  rmse          %.5E (weighted Q = 1/d^2, 1/A^2)\n", io.rmse);
-    std::printf("  iterations    %d\n", io.iterations);
+    if (io.iterationLimitHit) {
+        std::printf("  iterations    101 passes without convergence: the last shifts stand\n");
+    } else {
+        std::printf("  iterations    %d\n", io.iterations);
+    }
     std::printf("  machine error %.3f deg (search %s)\n", io.machineError, searchState(io).c_str());
     std::printf("  report        %s\n", io.reportPath.string().c_str());
 }

@@ -38,6 +38,9 @@ struct CrystalSystemRule {
 /// The rule of a system name (compared after trimming), or nullptr for an unknown name.
 const CrystalSystemRule* findCrystalSystem(std::string_view XTLSYS);
 
+/// The cell entries (bits) that some free parameter stands for; the others are held by symmetry.
+unsigned freeCellEntries(const CrystalSystemRule& rule);
+
 /// The nine names, for messages ("TRICLINIC, MONOCLINIC1, ..., CUBIC").
 std::string_view crystalSystemList();
 

@@ -126,17 +126,10 @@ void RefineReport::cellResults(const INOUTPARMS& io, const DATASTFF& data,
                                const CrystalSystemRule& rule) {
     static constexpr std::array<std::string_view, 6> kLabels{
         "A =", "B =", "C =", "Alpha =", "Beta =", "Gamma ="};
-    unsigned free = 0;
-    for (int j = 0; j < rule.unknowns; ++j) {
-        free |= rule.directEntries[j];
-    }
+    const unsigned free = freeCellEntries(rule);
     cellTable(" Refined cell:", data.CELL);
-    if (io.iterationLimitHit) {
-        line(" The iteration did not converge in 101 passes: the last shifts stand and the");
-        line(" standard errors are those of the linear estimate.");
-    }
     if (data.normalKind == CovarianceKind::None) {
-        line(" Standard errors are not available: the iteration started at the optimum.");
+        line(" Standard errors are not available: the iteration gave no normal matrix.");
     } else if (data.NREF == rule.unknowns) {
         line(" As many reflections as unknowns: the standard errors cannot be estimated.");
     }

@@ -20,15 +20,6 @@ namespace quarvex {
 
 namespace {
 
-// Cell entries that no free parameter stands for: held by symmetry.
-unsigned freeEntries(const CrystalSystemRule& rule) {
-    unsigned entries = 0;
-    for (int j = 0; j < rule.unknowns; ++j) {
-        entries |= rule.directEntries[j];
-    }
-    return entries;
-}
-
 void reciprocalJacobian(const DATASTFF& data, const CrystalSystemRule& rule, const Matrix3& metric,
                         RefineMatrix6& jacobian) {
     const auto& cell = data.CELL;
@@ -92,7 +83,7 @@ bool ERRPROP(const DATASTFF& data, const CrystalSystemRule& rule, RefineMatrix6&
 
 void CELLERR(DATASTFF& data, const CrystalSystemRule& rule, const RefineMatrix6& jacobian,
              double rmse) {
-    const unsigned held = ~freeEntries(rule);
+    const unsigned held = ~freeCellEntries(rule);
     RefineMatrix6 shape{}; // J N^-1 J^T: the covariance up to the variance factor
     for (int m = 0; m < 6; ++m) {
         for (int n = 0; n < 6; ++n) {

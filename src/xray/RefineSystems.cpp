@@ -59,6 +59,14 @@ std::string_view cellEntryLabel(int m) {
     return kLabels.at(static_cast<std::size_t>(m));
 }
 
+unsigned freeCellEntries(const CrystalSystemRule& rule) {
+    unsigned entries = 0;
+    for (int j = 0; j < rule.unknowns; ++j) {
+        entries |= rule.directEntries[j];
+    }
+    return entries;
+}
+
 void XTL(std::string_view XTLSYS, int& unknowns) {
     if (const CrystalSystemRule* rule = findCrystalSystem(XTLSYS)) {
         unknowns = rule->unknowns;
