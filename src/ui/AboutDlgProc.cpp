@@ -42,8 +42,8 @@ AboutDlgProc::AboutDlgProc(QWidget* parent) : QDialog(parent) {
     reference->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     reference->setLineWrapMode(QPlainTextEdit::NoWrap);
     const QFontMetrics metrics(reference->font());
-    reference->setMinimumSize(metrics.horizontalAdvance(QString(74, QLatin1Char('M'))),
-                              metrics.lineSpacing() * 7);
+    reference->setMinimumWidth(metrics.horizontalAdvance(QString(74, QLatin1Char('M'))));
+    reference->setFixedHeight(metrics.lineSpacing() * 6 + 2 * reference->frameWidth() + 8);
     layout->addWidget(reference);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);

@@ -4,7 +4,9 @@
 #include "ui/Commands.h"
 #include "ui/SpectrumView.h"
 
+#include <QFormLayout>
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPainter>
@@ -16,7 +18,12 @@ namespace quarvex::ui {
 
 namespace {
 
-enum Column { kNumber, kName, kMineral, kChemistry, kLocality, kIdentifier, kType, kPoints };
+enum Column { kNumber, kName, kMineral, kChemistry, kType, kPoints, kLocality, kIdentifier };
+
+// The rows of the details form, in the order showDetails() fills them.
+constexpr const char* kDetailLabels[] = {
+    "Name:",      "File:",       "Mineral:", "Chemistry:", "Locality:", "ID:",
+    "Data type:", "Wavelength:", "Points:",  "x range:",   "y range:",  "Scale:"};
 
 std::size_t at(int index) {
     return static_cast<std::size_t>(index);
@@ -62,15 +69,21 @@ FileManagerDock::FileManagerDock(ProgramState& state, QWidget* parent)
     table_->header()->setSectionResizeMode(QHeaderView::Interactive);
     table_->setToolTip(QStringLiteral("Tick to show a spectrum, double-click to make it primary, "
                                       "right-click for its menu"));
-    layout->addWidget(table_, 1);
+    layout->addWidget(table_, 2);
 
-    details_ = new QLabel(body);
-    details_->setTextFormat(Qt::RichText);
-    details_->setWordWrap(true);
-    details_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    details_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    details_->setMinimumHeight(details_->fontMetrics().lineSpacing() * 6);
-    layout->addWidget(details_);
+    auto* details = new QGroupBox(QStringLiteral("Selected spectrum"), body);
+    auto* form = new QFormLayout(details);
+    form->setRowWrapPolicy(QFormLayout::DontWrapRows);
+    form->setLabelAlignment(Qt::AlignRight);
+    for (const char* label : kDetailLabels) {
+        auto* value = new QLabel(details);
+        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        value->setWordWrap(true);
+        value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // wrap, never widen
+        form->addRow(QString::fromUtf8(label), value);
+        details_.push_back(value);
+    }
+    layout->addWidget(details);
 
     auto* buttons = new QGridLayout();
     visibilityButton_ = new QPushButton(QStringLiteral("Make Invisible"), body);
@@ -192,22 +205,34 @@ void FileManagerDock::showDetails() {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const int k = selectedSpectrum();
     if (k < 0) {
-        details_->setText(QStringLiteral("<i>No spectrum loaded.</i>"));
+        for (QLabel* value : details_) {
+            value->clear();
+        }
         return;
     }
+    const MINERALINFO& header = s.HEADER[at(k)];
     const auto x = s.xValues(k);
-    const QString range =
-        x.empty() ? QStringLiteral("-") : QStringLiteral("%1 to %2").arg(x.front()).arg(x.back());
-    const QString scale =
-        s.ABS_SCALE[at(k)] > 0.0F
-            ? QStringLiteral("%1 (full scale %2)").arg(s.SCALE_FACT[at(k)]).arg(s.ABS_SCALE[at(k)])
-            : QStringLiteral("%1 (automatic)").arg(s.SCALE_FACT[at(k)]);
-    details_->setText(
-        QStringLiteral("<b>%1</b><br>%2<br>x: %3 &nbsp; y: %4 to %5<br>"
-                       "wave: %6 &nbsp; scale: %7")
-            .arg(text(s.NAME[at(k)]).toHtmlEscaped(), text(s.PATH[at(k)]).toHtmlEscaped(), range,
-                 QString::number(s.Y_EXTREMES[at(k)][0]), QString::number(s.Y_EXTREMES[at(k)][1]),
-                 text(s.WAVE_INFO[at(k)]).toHtmlEscaped(), scale));
+    const auto& y = s.Y_EXTREMES[at(k)];
+    const float absolute = s.ABS_SCALE[at(k)];
+    const QString values[] = {
+        text(s.NAME[at(k)]),
+        text(s.PATH[at(k)]).replace(QLatin1Char('/'), QStringLiteral("/\u200B")), // may wrap
+        text(header.names),
+        text(header.chemistry),
+        text(header.locality),
+        text(header.id),
+        text(s.DTYPE[at(k)]),
+        text(s.WAVE_INFO[at(k)]),
+        QString::number(s.NUMDATA[at(k)]),
+        x.empty() ? QString() : QStringLiteral("%1 to %2").arg(x.front()).arg(x.back()),
+        QStringLiteral("%1 to %2").arg(y[0]).arg(y[1]),
+        absolute > 0.0F
+            ? QStringLiteral("× %1, full scale %2").arg(s.SCALE_FACT[at(k)]).arg(absolute)
+            : QStringLiteral("× %1, automatic").arg(s.SCALE_FACT[at(k)]),
+    };
+    for (std::size_t row = 0; row < details_.size(); ++row) {
+        details_[row]->setText(values[row]);
+    }
 }
 
 } // namespace quarvex::ui

@@ -6,6 +6,8 @@
 
 #include <QDockWidget>
 
+#include <vector>
+
 class QLabel;
 class QPushButton;
 class QTreeWidget;
@@ -42,7 +44,7 @@ private:
 
     ProgramState& state_;
     QTreeWidget* table_ = nullptr;
-    QLabel* details_ = nullptr;
+    std::vector<QLabel*> details_;
     QPushButton* visibilityButton_ = nullptr;
     QPushButton* primaryButton_ = nullptr;
     QPushButton* scaleButton_ = nullptr;

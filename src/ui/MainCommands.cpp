@@ -152,7 +152,7 @@ void MainWndProc::runCommand(int command) {
         break;
     case kCmdAbout: {
         AboutDlgProc about(this);
-        options_.interaction->execDialog(about);
+        runCentred(about);
         break;
     }
     case kCmdConsistencyExam:
@@ -233,10 +233,6 @@ int MainWndProc::openFiles(const QStringList& paths) {
     if (added > 0) {
         refreshAfterSpectrumChange();
         view_->ZOOM_OUT();
-        statusBar()->showMessage(
-            added == 1 ? QStringLiteral("Opened %1").arg(QFileInfo(lastOpenedPath_).fileName())
-                       : QStringLiteral("Opened %1 spectra").arg(added),
-            5000);
     }
     return added;
 }
@@ -264,11 +260,15 @@ void MainWndProc::showFileManager() {
     resizeDocks({fileManager_}, {std::max(440, width() / 3)}, Qt::Horizontal);
 }
 
-void MainWndProc::editPreferences() {
-    PreferencesDialog dialog(state_.quarvex.preferences, this);
+bool MainWndProc::runCentred(QDialog& dialog) {
     dialog.adjustSize();
     CENTERWINDOW(dialog);
-    if (options_.interaction->execDialog(dialog) != QDialog::Accepted) {
+    return options_.interaction->execDialog(dialog) == QDialog::Accepted;
+}
+
+void MainWndProc::editPreferences() {
+    PreferencesDialog dialog(state_.quarvex.preferences, this);
+    if (!runCentred(dialog)) {
         return;
     }
     state_.quarvex.preferences = dialog.values();
@@ -281,8 +281,7 @@ void MainWndProc::adjustScale() {
     SPECDATA_GLOBALS& specdata = state_.specdata;
     AdjustScaleDialog dialog(QString::fromStdString(specdata.NAME[at(k)]),
                              specdata.SCALE_FACT[at(k)], specdata.ABS_SCALE[at(k)], this);
-    CENTERWINDOW(dialog);
-    if (options_.interaction->execDialog(dialog) == QDialog::Accepted) {
+    if (runCentred(dialog)) {
         ADJUST_SCALE(specdata, k, dialog.scaleFactor(), dialog.absoluteScale());
         refreshAfterSpectrumChange();
         view_->ZOOM_OUT();
@@ -294,8 +293,7 @@ void MainWndProc::adjustDataType() {
     SPECDATA_GLOBALS& specdata = state_.specdata;
     AdjustDataTypeDialog dialog(QString::fromStdString(specdata.NAME[at(k)]),
                                 QString::fromStdString(specdata.DTYPE[at(k)]), this);
-    CENTERWINDOW(dialog);
-    if (options_.interaction->execDialog(dialog) == QDialog::Accepted) {
+    if (runCentred(dialog)) {
         ADJUST_DATA_TYPE(specdata, k, dialog.dataType().toStdString());
         refreshAfterSpectrumChange();
     }

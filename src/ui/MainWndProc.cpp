@@ -160,7 +160,9 @@ void MainWndProc::fillMenu(QMenu* menu, const MenuResource& resource, bool dispa
         const int command = entry.command;
         connect(action, &QAction::triggered, this, [this, command] { dispatch(command); });
     }
-    connect(menu, &QMenu::aboutToShow, this, &MainWndProc::SETUP_ANDADJUST_MENUS);
+    if (dispatched) {
+        connect(menu, &QMenu::aboutToShow, this, &MainWndProc::SETUP_ANDADJUST_MENUS);
+    }
 }
 
 void MainWndProc::buildMenus() {

@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 
+class QDialog;
 class QLabel;
 class QPrinter;
 
@@ -121,6 +122,8 @@ private:
     void refreshAfterSpectrumChange();
     void AFTERUPDATESP();
     void showFileManager();
+    /// Runs a modal dialog centred on the screen; true when accepted.
+    bool runCentred(QDialog& dialog);
     void editPreferences();
     void adjustScale();
     void adjustDataType();

@@ -77,6 +77,7 @@ SpectrumView::SpectrumView(ProgramState& state, QWidget* parent)
     yAxis->setLabel(QStringLiteral("Intensity / a.u."));
     yAxis->setTicks(false);
     yAxis->setTickLabels(false);
+    xAxis->ticker()->setTickCount(9);
     xAxis2->setVisible(true);
     xAxis2->setTicks(false);
     xAxis2->setTickLabels(false);
