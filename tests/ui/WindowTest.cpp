@@ -58,6 +58,36 @@ QString example(const char* name) {
 
 } // namespace
 
+void WindowTest::startUpRunsInItsOrder() {
+    TempFolder home;
+    Preferences stored;
+    stored.reverseXAxis = true;
+    INI_PREF_SETUP(1, home.path(), stored);
+    ProgramState state;
+    ui::MainWndProc window(state, {home.path(), sourcePath("docs"), nullptr});
+    QVERIFY2(state.quarvex.preferences.reverseXAxis,
+             "preferences are read at the window's creation");
+    QCOMPARE(state.painting.RAND_BRUSH[1].green * 255.0F, 144.0F);
+
+    bool foldersMade = false;
+    bool referenceWritten = true;
+    std::string status;
+    window.setCoreHooks({[&](ProgramState&, const ProgressCallback& progress) {
+                             foldersMade = std::filesystem::is_directory(
+                                 home.path() / "SearchRecords" / "RamanLib");
+                             referenceWritten =
+                                 std::filesystem::exists(home.path() / "ForReference.txt");
+                             reportProgress(progress, "Compiling Library...", 1.0);
+                         },
+                         {}});
+    window.startUp();
+    QVERIFY2(foldersMade, "the folders exist before the library is compiled");
+    QVERIFY2(!referenceWritten, "the reference file is written after the compilation");
+    QVERIFY(std::filesystem::exists(home.path() / "ForReference.txt"));
+    QVERIFY(window.acceptDrops());
+    QVERIFY(window.isVisible());
+}
+
 void WindowTest::openingAndDroppingFilesLoadSpectra() {
     WindowFixture fixture;
     fixture.interaction->filesToOpen = {example("calcite_bwtek_532nm_icv.txt")};
@@ -200,6 +230,23 @@ void WindowTest::rangeSelectionIsExposed() {
     QCOMPARE(range->end, view->xAxis->pixelToCoord(to.x()));
     QTest::keyClick(view, Qt::Key_Escape);
     QVERIFY(!view->selectedRange().has_value());
+}
+
+void WindowTest::dragZoomsAndZoomFullRestores() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    ui::SpectrumView* view = fixture.window->view();
+    const QCPRange full = view->xAxis->range();
+    const QRect plot = view->axisRect()->rect();
+    const QPoint from(plot.left() + plot.width() / 4, plot.top() + plot.height() / 4);
+    const QPoint to(plot.left() + plot.width() / 2, plot.bottom() - plot.height() / 4);
+    QTest::mousePress(view, Qt::LeftButton, Qt::NoModifier, from);
+    QTest::mouseMove(view, to);
+    QTest::mouseRelease(view, Qt::LeftButton, Qt::NoModifier, to);
+    QVERIFY2(view->xAxis->range().size() < full.size() / 3.0, "zoomed into the box");
+    fixture.window->dispatch(ui::kCmdZoomFull);
+    QCOMPARE(view->xAxis->range().lower, full.lower);
+    QCOMPARE(view->xAxis->range().upper, full.upper);
 }
 
 void WindowTest::printAndExportWriteFiles() {

@@ -10,6 +10,7 @@ class WindowTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void startUpRunsInItsOrder();
     void openingAndDroppingFilesLoadSpectra();
     void missingFileShowsTheSharingError();
     void preferencesRoundTrip();
@@ -17,6 +18,7 @@ private slots:
     void spectrumCommandsChangeTheSpectra();
     void crosshairMovesOnePointPerArrowKey();
     void rangeSelectionIsExposed();
+    void dragZoomsAndZoomFullRestores();
     void printAndExportWriteFiles();
     void longOperationsKeepTheWindowAlive();
     void exitWritesPreferencesAndFreesSpectra();
