@@ -1,4 +1,4 @@
-// quarvex-cli compile, search and resample end to end: output formats and JSON keys.
+// quarvex-cli search end to end: compiling first, the table and the JSON keys.
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -35,15 +35,6 @@ protected:
     test::TempFolder home;
 };
 
-TEST_F(LibraryCli, CompileReportsEntriesAndSkippedFiles) {
-    std::ofstream(library() / "notes.txt") << "no data here\n";
-    const auto compiled = run("compile");
-    ASSERT_EQ(compiled.status, 0) << compiled.err;
-    EXPECT_NE(compiled.out.find("Entries: 3\n"), std::string::npos) << compiled.out;
-    EXPECT_NE(compiled.out.find("Skipped files: 1\n  notes.txt: "), std::string::npos)
-        << compiled.out;
-}
-
 TEST_F(LibraryCli, SearchCompilesFirstAndPrintsTheRanking) {
     const auto json = run("search --json " + example("calcite_bwtek_785nm_icv.txt"));
     ASSERT_EQ(json.status, 0) << json.err;
@@ -78,35 +69,6 @@ TEST_F(LibraryCli, SearchCompilesFirstAndPrintsTheRanking) {
     EXPECT_EQ(rank, 1);
     EXPECT_STREQ(file, "Calcite_M00014_532.txt");
     EXPECT_FALSE(std::getline(lines, line)) << "--top 1 prints one row";
-}
-
-TEST_F(LibraryCli, SearchWithoutALibraryNeedsCompiling) {
-    std::filesystem::remove_all(library());
-    std::ofstream(library()) << "a file where the library folder should be";
-    const auto failed = run("search " + example("calcite_bwtek_785nm_icv.txt"));
-    EXPECT_NE(failed.status, 0);
-    EXPECT_NE(failed.err.find("Library File Needs To Be Compiled"), std::string::npos)
-        << failed.err;
-}
-
-// Points (101.3, 0) (112, 10) (130, 28); step 5 starts at 110: straight lines give
-// 10 * 8.7 / 10.7 at 110, then 13, 18, 23.
-TEST_F(LibraryCli, ResamplePrintsTheGrid) {
-    std::ofstream(home.path() / "three.txt") << "101.3, 0\n112, 10\n130, 28\n";
-    const auto resampled =
-        run("resample --no-normalize --step 5 '" + (home.path() / "three.txt").string() + "'");
-    ASSERT_EQ(resampled.status, 0) << resampled.err;
-    const double expected[][2] = {{110, 87.0 / 10.7}, {115, 13}, {120, 18}, {125, 23}};
-    std::istringstream lines(resampled.out);
-    for (const auto& point : expected) {
-        double x = 0.0;
-        double y = 0.0;
-        ASSERT_TRUE(lines >> x >> y);
-        EXPECT_EQ(x, point[0]);
-        EXPECT_NEAR(y, point[1], 1.0e-5) << x; // single-precision interpolation
-    }
-    double extra = 0.0;
-    EXPECT_FALSE(lines >> extra);
 }
 
 } // namespace

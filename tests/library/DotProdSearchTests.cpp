@@ -44,7 +44,6 @@ TEST(FindMatch, ScoresWorkedOutByHand) {
         {"unknown starts below: (5*3 + 5*4) * 10/5", flat, "102 3\n103 4\n104 9\n", 70.0},
         {"a gap ends the sum: 100 and 101 only", flat, "100 3\n101 4\n103 9\n", 70.0},
         {"unreadable line ends the sum", flat, "100 3\n101 4\nabc\n102 9\n", 70.0},
-        {"unknown ends first", sixEight, "100 6\n101 8\n102 5\n103 5\n", 100.0},
         {"commas and a Fortran exponent", sixEight, "100, 0.6d1\n101,8\n", 100.0},
         // 14 * fl(10 / fl(sqrt 2)) = 98.99494934; the exact cosine is 98.99494937.
         {"single-precision norm", sixEight, "100 1\n101 1\n", 98.99494934082031},
