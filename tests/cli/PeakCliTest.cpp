@@ -15,7 +15,10 @@ std::string run(const test::TempFolder& home, const std::string& arguments) {
 }
 
 std::string example(const char* name) {
-    return "'" + test::sourcePath(std::string("data/raman/examples/") + name).string() + "'";
+    std::string quoted(1, '\'');
+    quoted += test::sourcePath(std::string("data/raman/examples/") + name).string();
+    quoted += '\'';
+    return quoted;
 }
 
 TEST(PeakCli, FitFindsTheCalciteBandWithASmallError) {
@@ -23,8 +26,8 @@ TEST(PeakCli, FitFindsTheCalciteBandWithASmallError) {
     // The strong calcite band, about 1086 cm-1 (the Horiba file reads about 2 cm-1 low).
     for (const char* file : {"calcite_horiba_633nm_top.txt", "calcite_bwtek_532nm_fnmt.txt",
                              "calcite_bwtek_532nm_icv.txt", "calcite_bwtek_785nm_icv.txt"}) {
-        const auto fit =
-            test::runProgram(run(home, "fit " + example(file) + " --range 1050:1120 --json"));
+        const auto fit = test::runProgram(
+            run(home, std::string("fit ") + example(file) + " --range 1050:1120 --json"));
         ASSERT_EQ(fit.status, 0) << file << fit.err;
         const auto json = nlohmann::json::parse(fit.out);
         ASSERT_EQ(json["peaks"].size(), 1U) << file;
@@ -44,21 +47,11 @@ TEST(PeakCli, FitFindsTheCalciteBandWithASmallError) {
     }
 }
 
-TEST(PeakCli, TextOutputAndGivenPeaks) {
-    test::TempFolder home;
-    const auto fit = test::runProgram(run(home, "fit " + example("calcite_bwtek_532nm_icv.txt") +
-                                                    " --range 1050:1120 --peak 1086 --profile 1"));
-    ASSERT_EQ(fit.status, 0) << fit.err;
-    for (const char* expected : {"Gaussian profile", "Peak 1", "centre      1086", "FWHM",
-                                 "Background", "Chi-square", "Iterations"}) {
-        EXPECT_NE(fit.out.find(expected), std::string::npos) << expected << "\n" << fit.out;
-    }
-}
-
 TEST(PeakCli, PeaksListsTheCalciteBands) {
     test::TempFolder home;
-    const auto peaks = test::runProgram(
-        run(home, "peaks " + example("calcite_bwtek_532nm_icv.txt") + " --range 200:1200 --json"));
+    const auto peaks =
+        test::runProgram(run(home, std::string("peaks ") + example("calcite_bwtek_532nm_icv.txt") +
+                                       " --range 200:1200 --json"));
     ASSERT_EQ(peaks.status, 0) << peaks.err;
     const auto json = nlohmann::json::parse(peaks.out)["peaks"];
     ASSERT_EQ(json.size(), 3U) << peaks.out;
@@ -72,10 +65,10 @@ TEST(PeakCli, BadInputFailsWithAMessage) {
     test::TempFolder home;
     const std::string file = example("calcite_bwtek_532nm_icv.txt");
     const std::pair<std::string, const char*> cases[] = {
-        {"fit " + file + " --range 1086:1088", "Error: The window holds"},
-        {"fit " + file + " --range 1120:1050", "is not of the form LO:HI"},
-        {"fit " + file + " --range 1050:1120 --peak 900", "lies outside the window"},
-        {"peaks " + file + " --range abc", "is not of the form LO:HI"},
+        {std::string("fit ") + file + " --range 1086:1088", "Error: The window holds"},
+        {std::string("fit ") + file + " --range 1120:1050", "is not of the form LO:HI"},
+        {std::string("fit ") + file + " --range 1050:1120 --peak 900", "lies outside the window"},
+        {std::string("peaks ") + file + " --range abc", "is not of the form LO:HI"},
     };
     for (const auto& [arguments, message] : cases) {
         const auto result = test::runProgram(run(home, arguments));

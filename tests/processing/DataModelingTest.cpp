@@ -43,13 +43,6 @@ double misra1cModel(double x, Span b, Out d) {
     return b[0] * d[0];
 }
 
-double misra1dModel(double x, Span b, Out d) {
-    const double s = 1.0 + b[1] * x;
-    d[0] = b[1] * x / s;
-    d[1] = b[0] * x / (s * s);
-    return b[0] * d[0];
-}
-
 double roszman1Model(double x, Span b, Out d) {
     const double t = x - b[3];
     const double u = b[2] / t;
@@ -157,14 +150,6 @@ const NistProblem kProblems[] = {
      {6.3642725809E+02, 2.0813627256E-04},
      4.0966836971E-02,
      nullptr},
-    {"Misra1d (average)",
-     "Misra1.txt",
-     &misra1dModel,
-     {500.0, 1.0E-4},
-     {450.0, 3.0E-4},
-     {4.3736970754E+02, 3.0227324449E-04},
-     5.6419295283E-02,
-     nullptr},
     {"Roszman1 (average)",
      "Roszman1.txt",
      &roszman1Model,
@@ -258,7 +243,7 @@ TEST(DataModeling, AsksWhetherToKeepGoing) {
     std::vector<double> x;
     std::vector<double> y;
     readNist("Thurber.txt", x, y);
-    const std::vector<double> start = kProblems[10].start1;
+    const std::vector<double> start = kProblems[9].start1;
     std::vector<std::string> questions;
     LevmarqOptions options;
     options.iterationsPerQuestion = 2;

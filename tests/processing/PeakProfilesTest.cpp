@@ -153,15 +153,5 @@ TEST(PeakProfiles, DerivedQuantityGradientsMatchCentralDifferences) {
     }
 }
 
-TEST(PeakProfiles, AppendPeakInvertsHeightAndWidth) {
-    for (const PeakProfile profile : {PeakProfile::gaussian, PeakProfile::pseudoVoigt}) {
-        std::vector<float> a;
-        appendPeak(profile, {250.0F, 12.0F, 3.0F, 0.3F}, a);
-        EXPECT_NEAR(PEAKAMP(profile, a).value, 250.0F, 1.0e-3F);
-        EXPECT_NEAR(PEAKWID(profile, a).value, 3.0F, 1.0e-6F);
-        EXPECT_EQ(a[1], 12.0F);
-    }
-}
-
 } // namespace
 } // namespace quarvex

@@ -58,15 +58,6 @@ TEST(PeakSearch, FindsTheBandsAboveFiveTimesTheNoiseAndNothingElse) {
     }
 }
 
-TEST(PeakSearch, WindowLimitsThePositions) {
-    std::vector<float> x;
-    std::vector<float> y;
-    syntheticSpectrum({{250.0F, 500.0F}, {600.0F, 200.0F}}, 3, x, y);
-    const PeakSearchResult found = findPeaks(x, y, PeakSearchSettings{}, 700.0F, 300.0F);
-    ASSERT_EQ(found.peaks.size(), 1U);
-    EXPECT_NEAR(found.peaks[0].x, 600.0F, 0.5F);
-}
-
 TEST(PeakSearch, NotFiniteValuesAreRefused) {
     std::vector<float> x{1, 2, 3, 4};
     std::vector<float> y{1, std::numeric_limits<float>::quiet_NaN(), 3, 4};
