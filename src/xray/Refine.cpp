@@ -7,9 +7,11 @@
 #include "xray/RefineEngine.h"
 #include "xray/RefineReport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <string>
 
 namespace quarvex {
 
@@ -97,6 +99,7 @@ bool MACHERR(INOUTPARMS& io, DATASTFF& data, RefineReport& report) {
     int passes = 0;
     bool thresholdMet = false;
     bool leftRange = false; // a corrected 2-theta left (0, 180) degrees: the vertex ran off
+    double firstPassRmse = std::numeric_limits<double>::infinity(); // best trial of pass 1
     while (true) {
         ++io.machineErrorPasses;
         data.TTHETAO = data.TTHETA;
@@ -117,6 +120,9 @@ bool MACHERR(INOUTPARMS& io, DATASTFF& data, RefineReport& report) {
             }
             parabola.a[i] = {1.0, shift, shift * shift};
             parabola.y[i] = io.rmse;
+            if (io.machineErrorPasses == 1) {
+                firstPassRmse = std::min(firstPassRmse, io.rmse);
+            }
         }
         report.setQuiet(false);
         RefineVector6 coefficients{};
@@ -150,29 +156,37 @@ bool MACHERR(INOUTPARMS& io, DATASTFF& data, RefineReport& report) {
         }
     }
     io.machineError = total + vertex;
-    io.machineErrorConverged = thresholdMet && !leftRange;
     report.line("");
     report.line(" Refinement after correcting for machine error");
     report.line("");
-    char text[64];
+    char text[96];
     std::snprintf(text, sizeof text, " MACHINE ERROR: %8.3f", io.machineError);
     report.line(text);
     report.line(" (added to every observed 2-theta, degrees)");
-    if (!io.machineErrorConverged) {
-        report.line(leftRange ? " The machine-error search did not converge: the corrected 2-theta "
-                                "values left 0 to 180 degrees."
-                    : passes == kMaxSearchPasses
-                        ? " The machine-error search did not converge: it stopped after its 5 "
-                          "passes."
-                        : " The machine-error search did not converge: the parabola through the "
-                          "trial rmse values has no vertex.");
-        report.line(
-            " This correction is not reliable. The rmse is V-shaped away from its minimum,");
-        report.line(" so a zero error beyond about 0.05 degrees sends the parabola vertex off;");
-        report.line(" correct the zero shift separately.");
-    }
     report.line("");
-    return refineOnce(io, data, report, true);
+    if (!refineOnce(io, data, report, true)) {
+        return false;
+    }
+    // The verdict judges the search without changing it: besides its own stopping rule it must
+    // keep the lines within 0 to 180 degrees and end below the rmse it started from.
+    const bool rmseRose = io.rmse > firstPassRmse;
+    io.machineErrorConverged = thresholdMet && !leftRange && !rmseRose;
+    if (io.machineErrorConverged) {
+        return true;
+    }
+    std::snprintf(text, sizeof text, "the rmse rose from %.5E to %.5E.", firstPassRmse, io.rmse);
+    const std::string reason =
+        leftRange ? "the corrected 2-theta values left 0 to 180 degrees."
+        : !thresholdMet && passes == kMaxSearchPasses ? "it stopped after its 5 passes."
+        : !thresholdMet ? "the parabola through the trial rmse values has no vertex."
+                        : text;
+    report.line(" The machine-error search did not converge: " + reason);
+    report.line(" The MACHINE ERROR above is not reliable. The rmse is V-shaped away from its");
+    report.line(
+        " minimum, so a zero error beyond about 0.05 degrees sends the parabola vertex off;");
+    report.line(" correct the zero shift separately.");
+    report.line("");
+    return true;
 }
 
 bool REFINEMAIN(const std::filesystem::path& inputPath, INOUTPARMS& io, DATASTFF& data) {

@@ -117,7 +117,8 @@ std::string tableFormat(bool tableInD, int wavelengths);
 /// One whole refinement: `ESTIMATE` (unless skipped), `NONLIN`, `CALCVAL`, `STATS`.
 bool refineOnce(INOUTPARMS& io, DATASTFF& data, RefineReport& report, bool estimate);
 /// The zero-shift search over trial shifts +0.01, +0.05, -0.05 deg with a parabola vertex, and
-/// the final refinement on the corrected 2-theta values.
+/// the final refinement on the corrected 2-theta values. Judges it converged only when it met its
+/// threshold, kept every 2-theta within (0, 180) and ended below its best first-pass rmse.
 bool MACHERR(INOUTPARMS& io, DATASTFF& data, RefineReport& report);
 
 } // namespace quarvex

@@ -63,7 +63,11 @@ private:
         if (READLN(reader_, line_)) {
             return true;
         }
-        return fail(" Input error: the file ends before " + std::string(what) + ".");
+        return endOfFile("the file ends before " + std::string(what) + ".");
+    }
+    bool endOfFile(const std::string& text) {
+        return fail(" Input error: " +
+                    (reader_.sawNulByte() ? std::string("the file is not a text file.") : text));
     }
 
     bool readSystem();
@@ -186,12 +190,9 @@ bool InputReader::readReflections() {
         }
         ++count;
     }
-    if (reader_.sawNulByte()) {
-        return fail(" Input error: the file is not a text file.");
-    }
-    return fail(" Input error: the reflection list does not end with a \"stop\" line (the file "
-                "ended after " +
-                std::to_string(count) + " reflections); is the file complete?");
+    return endOfFile("the reflection list does not end with a \"stop\" line (the file ended "
+                     "after " +
+                     std::to_string(count) + " reflections); is the file complete?");
 }
 
 bool InputReader::readReflection(int r) {

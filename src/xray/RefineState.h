@@ -46,8 +46,8 @@ struct INOUTPARMS {
 
     double machineError = 0.0; ///< accepted 2-theta zero correction, degrees (added to 2-theta)
     bool machineErrorSearched = false;  ///< the machine-error search ran
-    bool machineErrorConverged = false; ///< it stopped on its threshold, not on its five-pass cap
-    int machineErrorPasses = 0;         ///< passes of the search that did not meet the threshold
+    bool machineErrorConverged = false; ///< met its threshold with sane lines and a lower rmse
+    int machineErrorPasses = 0;         ///< passes the search ran (1 to 5)
 };
 
 /// The reflections, wavelengths and cell of a run (index 0 is the user's reflection 1).

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -80,12 +79,11 @@ TEST(RefineCli, SaysWhenTheSearchDidNotConverge) {
     std::string shifted;
     int number = 0;
     for (std::string line; std::getline(in, line); ++number) {
+        std::istringstream fields(line);
         int h = 0, k = 0, l = 0, wave = 0;
         double twoTheta = 0.0;
-        if (number >= 5 &&
-            std::sscanf(line.c_str(), "%d %d %d %d %lf", &h, &k, &l, &wave, &twoTheta) == 5) {
-            line = std::to_string(h) + " " + std::to_string(k) + " " + std::to_string(l) + " " +
-                   std::to_string(wave) + " " + std::to_string(twoTheta + 0.15);
+        if (number >= 5 && fields >> h >> k >> l >> wave >> twoTheta) {
+            line.replace(line.rfind(' ') + 1, std::string::npos, std::to_string(twoTheta + 0.15));
         }
         shifted += line + "\n";
     }

@@ -1,13 +1,13 @@
 #include "RefineCaseSupport.h"
 
 #include "TestSupport.h"
+#include "xray/Refine.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <map>
-#include <sstream>
-#include <stdexcept>
 
 namespace quarvex::test {
 
@@ -15,42 +15,25 @@ namespace {
 
 constexpr double kRad = 3.141592653589793 / 180.0;
 
-Cell readCell(const std::string& text) {
-    Cell cell{};
-    std::istringstream in(text);
-    for (double& v : cell) {
-        in >> v;
-    }
-    return cell;
-}
-
-// Solves the small symmetric system by Gaussian elimination with partial pivoting.
-std::vector<double> solve(std::vector<std::vector<double>> a, std::vector<double> b) {
-    const std::size_t n = b.size();
+// Gauss-Jordan elimination with partial pivoting on the augmented normal equations.
+std::vector<double> solve(std::vector<std::vector<double>> a) {
+    const std::size_t n = a.size();
     for (std::size_t c = 0; c < n; ++c) {
         std::size_t pivot = c;
         for (std::size_t r = c + 1; r < n; ++r) {
-            if (std::fabs(a[r][c]) > std::fabs(a[pivot][c])) {
-                pivot = r;
-            }
+            pivot = std::fabs(a[r][c]) > std::fabs(a[pivot][c]) ? r : pivot;
         }
         std::swap(a[c], a[pivot]);
-        std::swap(b[c], b[pivot]);
-        for (std::size_t r = c + 1; r < n; ++r) {
-            const double f = a[r][c] / a[c][c];
-            for (std::size_t j = c; j < n; ++j) {
+        for (std::size_t r = 0; r < n; ++r) {
+            const double f = r == c ? 0.0 : a[r][c] / a[c][c];
+            for (std::size_t j = c; j <= n; ++j) {
                 a[r][j] -= f * a[c][j];
             }
-            b[r] -= f * b[c];
         }
     }
     std::vector<double> x(n);
-    for (std::size_t i = n; i-- > 0;) {
-        double s = b[i];
-        for (std::size_t j = i + 1; j < n; ++j) {
-            s -= a[i][j] * x[j];
-        }
-        x[i] = s / a[i][i];
+    for (std::size_t i = 0; i < n; ++i) {
+        x[i] = a[i][n] / a[i][i];
     }
     return x;
 }
@@ -64,60 +47,50 @@ const std::vector<std::string>& refineCaseNames() {
     return kNames;
 }
 
-RefineCase readRefineCase(std::string_view system) {
-    std::ifstream in(sourcePath("tests/xray/data/refine/case_" + std::string(system) + ".txt"));
-    if (!in) {
-        throw std::runtime_error("missing case " + std::string(system));
+RefineCase readRefineCase(const std::string& name) {
+    std::ifstream in(sourcePath("tests/xray/data/refine/expected_" + name + ".json"));
+    RefineCase c;
+    c.expected = nlohmann::json::parse(in);
+    c.name = name;
+    c.system = c.expected["system_as_written"];
+    c.trueCell = c.expected["true_cell"];
+    c.startCell = c.expected["start_cell"];
+    c.waves = c.expected["wavelengths"].get<std::vector<double>>();
+    c.zeroShift = c.expected["zero_shift_applied"];
+    for (const auto& r : c.expected["reflections"]) {
+        c.lines.push_back({r["h"], r["k"], r["l"], r["wave"], r["two_theta_obs"]});
     }
-    RefineCase result;
-    std::map<std::string, std::string> keys;
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line[0] == '#' || line == "END") {
-            continue;
-        }
-        const auto colon = line.find(':');
-        if (colon != std::string::npos) {
-            keys[line.substr(0, colon)] = line.substr(colon + 1);
-            continue;
-        }
-        CaseLine entry;
-        std::istringstream(line) >> entry.h >> entry.k >> entry.l >> entry.wave >> entry.twoTheta;
-        result.lines.push_back(entry);
-    }
-    result.name = system;
-    std::istringstream(keys["SYSTEM"]) >> result.system;
-    result.trueCell = readCell(keys["TRUE_CELL"]);
-    result.startCell = readCell(keys["START_CELL"]);
-    std::istringstream waves(keys["WAVELENGTHS"]);
-    for (double w = 0.0; waves >> w;) {
-        result.waves.push_back(w);
-    }
-    result.zeroShift = std::stod(keys["ZERO_SHIFT"]);
-    return result;
+    return c;
 }
 
-std::string refineInputText(const RefineCase& refineCase, const std::vector<double>& twoTheta,
+std::vector<double> RefineCase::observed(double correction) const {
+    std::vector<double> twoTheta;
+    for (const CaseLine& line : lines) {
+        twoTheta.push_back(line.twoTheta + correction);
+    }
+    return twoTheta;
+}
+
+std::string refineInputText(const RefineCase& c, const std::vector<double>& twoTheta,
                             const InputSwitches& switches) {
-    std::string text = refineCase.name + " test case\n" + refineCase.system + "\n1";
+    std::string text = c.name + " test case\n" + c.system + "\n1";
     char buffer[160];
-    for (double v : refineCase.startCell) {
-        std::snprintf(buffer, sizeof buffer, " %.6f", v);
+    const auto append = [&](double value) {
+        std::snprintf(buffer, sizeof buffer, " %.6f", value);
         text += buffer;
-    }
+    };
+    std::for_each(c.startCell.begin(), c.startCell.end(), append);
     text += '\n';
-    text += std::to_string(refineCase.waves.size());
-    for (double w : refineCase.waves) {
-        std::snprintf(buffer, sizeof buffer, " %.6f", w);
-        text += buffer;
-    }
+    text += std::to_string(c.waves.size());
+    std::for_each(c.waves.begin(), c.waves.end(), append);
     std::snprintf(buffer, sizeof buffer, "\n%d %d 0 %d\n", switches.search ? 1 : 0,
                   switches.iterations ? 1 : 0, switches.startGiven ? 1 : 0);
     text += buffer;
-    for (std::size_t i = 0; i < refineCase.lines.size(); ++i) {
-        const CaseLine& line = refineCase.lines[i];
-        // Equal errors in 2-theta: the square-root weight is d(2theta)/dQ = lambda^2 / (2 sin
-        // 2theta) per radian, here per degree.
-        const double lambda = refineCase.waves[line.wave - 1];
+    for (std::size_t i = 0; i < c.lines.size(); ++i) {
+        const CaseLine& line = c.lines[i];
+        // Equal 2-theta errors: the square-root weight is d(2theta)/dQ = lambda^2 / (2 sin 2theta)
+        // per radian, here per degree.
+        const double lambda = c.waves[line.wave - 1];
         const double weight = switches.twoThetaWeights
                                   ? lambda * lambda / (2.0 * std::sin(twoTheta[i] * kRad) * kRad)
                                   : 1.0;
@@ -126,6 +99,19 @@ std::string refineInputText(const RefineCase& refineCase, const std::vector<doub
         text += buffer;
     }
     return text + "stop\n";
+}
+
+RefineResult refineText(const std::string& text) {
+    TempFolder folder;
+    RefineResult result;
+    result.ok = REFINEMAIN(folder.write("case_refine.DAT", text), result.io, *result.data);
+    result.report = readFile(result.io.reportPath);
+    return result;
+}
+
+RefineResult refineCase(const RefineCase& c, const std::vector<double>& twoTheta,
+                        const InputSwitches& switches) {
+    return refineText(refineInputText(c, twoTheta, switches));
 }
 
 double inverseDSquared(const Cell& cell, int h, int k, int l) {
@@ -142,17 +128,17 @@ double inverseDSquared(const Cell& cell, int h, int k, int l) {
     return s / v2;
 }
 
-std::vector<double> twoThetaFromCell(const RefineCase& refineCase, const Cell& cell) {
+std::vector<double> twoThetaFromCell(const RefineCase& c, const Cell& cell) {
     std::vector<double> result;
-    for (const CaseLine& line : refineCase.lines) {
+    for (const CaseLine& line : c.lines) {
         const double d = 1.0 / std::sqrt(inverseDSquared(cell, line.h, line.k, line.l));
-        result.push_back(2.0 * std::asin(refineCase.waves[line.wave - 1] / (2.0 * d)) / kRad);
+        result.push_back(2.0 * std::asin(c.waves[line.wave - 1] / (2.0 * d)) / kRad);
     }
     return result;
 }
 
-std::vector<std::vector<int>> freeGroups(std::string_view system) {
-    static const std::map<std::string_view, std::vector<std::vector<int>>> kGroups{
+std::vector<std::vector<int>> freeGroups(const std::string& system) {
+    static const std::map<std::string, std::vector<std::vector<int>>> kGroups{
         {"TRICLINIC", {{0}, {1}, {2}, {3}, {4}, {5}}},
         {"MONOCLINIC1", {{0}, {1}, {2}, {5}}},
         {"MONOCLINIC2", {{0}, {1}, {2}, {4}}},
@@ -165,20 +151,15 @@ std::vector<std::vector<int>> freeGroups(std::string_view system) {
     return kGroups.at(system);
 }
 
-Cell fitTwoThetaGaussNewton(const RefineCase& refineCase, const std::vector<double>& twoTheta) {
-    const auto groups = freeGroups(refineCase.system);
-    const std::size_t p = groups.size();
-    Cell cell = refineCase.startCell;
-    const auto residuals = [&](const Cell& trial) {
-        std::vector<double> calc = twoThetaFromCell(refineCase, trial);
-        for (std::size_t i = 0; i < calc.size(); ++i) {
-            calc[i] = twoTheta[i] - calc[i];
-        }
-        return calc;
-    };
+Cell fitTwoThetaGaussNewton(const RefineCase& c, const std::vector<double>& twoTheta) {
+    const auto groups = freeGroups(c.system);
+    const std::size_t p = groups.size(), n = twoTheta.size();
+    Cell cell = c.startCell;
     for (int pass = 0; pass < 50; ++pass) {
-        const std::vector<double> r = residuals(cell);
-        std::vector<std::vector<double>> jac(p);
+        // Normal equations of the residuals 2theta_obs - 2theta_calc, augmented by J^T r.
+        std::vector<std::vector<double>> normal(p, std::vector<double>(p + 1, 0.0));
+        std::vector<std::vector<double>> jacobian(p);
+        const std::vector<double> calc = twoThetaFromCell(c, cell);
         for (std::size_t j = 0; j < p; ++j) {
             const double step = 1e-6 * cell[groups[j][0]];
             Cell up = cell, down = cell;
@@ -186,22 +167,20 @@ Cell fitTwoThetaGaussNewton(const RefineCase& refineCase, const std::vector<doub
                 up[m] += step;
                 down[m] -= step;
             }
-            const auto ru = residuals(up), rd = residuals(down);
-            for (std::size_t i = 0; i < r.size(); ++i) {
-                jac[j].push_back(-(ru[i] - rd[i]) / (2.0 * step));
+            const auto calcUp = twoThetaFromCell(c, up), calcDown = twoThetaFromCell(c, down);
+            for (std::size_t i = 0; i < n; ++i) {
+                jacobian[j].push_back((calcUp[i] - calcDown[i]) / (2.0 * step));
             }
         }
-        std::vector<std::vector<double>> normal(p, std::vector<double>(p, 0.0));
-        std::vector<double> rhs(p, 0.0);
-        for (std::size_t i = 0; i < r.size(); ++i) {
+        for (std::size_t i = 0; i < n; ++i) {
             for (std::size_t j = 0; j < p; ++j) {
-                rhs[j] += jac[j][i] * r[i];
+                normal[j][p] += jacobian[j][i] * (twoTheta[i] - calc[i]);
                 for (std::size_t q = 0; q < p; ++q) {
-                    normal[j][q] += jac[j][i] * jac[q][i];
+                    normal[j][q] += jacobian[j][i] * jacobian[q][i];
                 }
             }
         }
-        const std::vector<double> shift = solve(normal, rhs);
+        const std::vector<double> shift = solve(normal);
         double largest = 0.0;
         for (std::size_t j = 0; j < p; ++j) {
             for (int m : groups[j]) {

@@ -1,5 +1,4 @@
-// The refinement's derivatives against central differences, and its small matrix routines
-// against identities and closed forms.
+// The refinement's analytic derivatives dQ/dp against central differences.
 #include "xray/RefineEngine.h"
 
 #include <gtest/gtest.h>
@@ -55,61 +54,6 @@ TEST(RefineMath, DerivativesMatchCentralDifferences) {
             }
         }
     }
-}
-
-TEST(RefineMath, InversesGiveTheIdentity) {
-    RefineMatrix6 a{};
-    for (int i = 0; i < 6; ++i) {
-        for (int j = 0; j < 6; ++j) {
-            a[i][j] = 1.0 / (i + j + 1) + (i == j ? 1.0 : 0.0); // Hilbert plus identity
-        }
-    }
-    RefineMatrix6 inverse = a;
-    ASSERT_TRUE(MINVSE(inverse, 6));
-    const Matrix3 b{{{4.0, 1.0, -2.0}, {0.5, 3.0, 1.0}, {-1.0, 2.0, 5.0}}};
-    Matrix3 inverse3{};
-    ASSERT_TRUE(INV3D(b, inverse3));
-    for (int i = 0; i < 6; ++i) {
-        for (int j = 0; j < 6; ++j) {
-            double sum = 0.0;
-            for (int m = 0; m < 6; ++m) {
-                sum += a[i][m] * inverse[m][j];
-            }
-            EXPECT_NEAR(sum, i == j ? 1.0 : 0.0, 1e-12) << i << "," << j;
-            if (i < 3 && j < 3) {
-                const double sum3 =
-                    b[i][0] * inverse3[0][j] + b[i][1] * inverse3[1][j] + b[i][2] * inverse3[2][j];
-                EXPECT_NEAR(sum3, i == j ? 1.0 : 0.0, 1e-14) << i << "," << j;
-            }
-        }
-    }
-    RefineMatrix6 singular{};
-    singular[0] = {1, 2, 0, 0, 0, 0};
-    singular[1] = {2, 4, 0, 0, 0, 0};
-    EXPECT_FALSE(MINVSE(singular, 2));
-    EXPECT_FALSE(INV3D(Matrix3{{{1, 2, 3}, {2, 4, 6}, {0, 1, 1}}}, inverse3));
-}
-
-// Three points of y = 1 + 2 s + 3 s^2 give back its coefficients; a zero column is singular.
-TEST(RefineMath, LeastSquaresSolveIsExactOnAParabola) {
-    auto design = std::make_unique<LeastSquaresDesign>();
-    design->rows = 3;
-    design->columns = 3;
-    const double s[3] = {0.01, 0.05, -0.05};
-    for (int i = 0; i < 3; ++i) {
-        design->a[i] = {1.0, s[i], s[i] * s[i]};
-        design->y[i] = 1.0 + 2.0 * s[i] + 3.0 * s[i] * s[i];
-    }
-    RefineVector6 coefficients{};
-    RefineMatrix6 inverse{};
-    ASSERT_TRUE(MAKEDP(*design, coefficients, inverse));
-    EXPECT_NEAR(coefficients[0], 1.0, 1e-12);
-    EXPECT_NEAR(coefficients[1], 2.0, 1e-10);
-    EXPECT_NEAR(coefficients[2], 3.0, 1e-8);
-    for (int i = 0; i < 3; ++i) {
-        design->a[i][1] = 0.0;
-    }
-    EXPECT_FALSE(MAKEDP(*design, coefficients, inverse));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 // they give, the fixed-column writer and the compact value(error) form.
 #include "xray/RefineReport.h"
 #include "RefineCaseSupport.h"
-#include "TestSupport.h"
 #include "xray/FixedFormat.h"
 #include "xray/Refine.h"
 #include "xray/RefineEngine.h"
@@ -16,29 +15,15 @@
 namespace quarvex {
 namespace {
 
-struct Written {
-    INOUTPARMS io;
-    std::unique_ptr<DATASTFF> data = std::make_unique<DATASTFF>();
-    std::string report;
-};
-
-Written writeReport(const std::string& system, const test::InputSwitches& switches) {
-    const test::RefineCase c = test::readRefineCase(system);
-    std::vector<double> twoTheta;
-    for (const auto& line : c.lines) {
-        twoTheta.push_back(line.twoTheta);
-    }
-    test::TempFolder folder;
-    Written written;
-    const auto input =
-        folder.write(system + "_refine.DAT", test::refineInputText(c, twoTheta, switches));
-    EXPECT_TRUE(REFINEMAIN(input, written.io, *written.data)) << written.io.message;
-    written.report = test::readFile(written.io.reportPath);
-    return written;
+test::RefineResult writeReport(const std::string& name, const test::InputSwitches& switches) {
+    const test::RefineCase c = test::readRefineCase(name);
+    test::RefineResult result = test::refineCase(c, c.observed(), switches);
+    EXPECT_TRUE(result.ok) << result.io.message;
+    return result;
 }
 
 TEST(RefineReport, HoldsEveryHeadingAndLabel) {
-    const Written one = writeReport("monoclinic2", {.search = true, .iterations = true});
+    const test::RefineResult one = writeReport("monoclinic2", {.search = true, .iterations = true});
     const std::string texts[] = {
         "**Program LATTIX Version 3.0",
         "\n Symmetry constraint is:\n MONOCLINIC2\n",
@@ -68,7 +53,7 @@ TEST(RefineReport, HoldsEveryHeadingAndLabel) {
     EXPECT_NE(one.report.find(machineError), std::string::npos);
     EXPECT_NE(one.report.find("did not converge"), std::string::npos);
 
-    const Written two = writeReport("hexagonal", {});
+    const test::RefineResult two = writeReport("hexagonal", {});
     EXPECT_NE(two.report.find("\n Wavelength # 2 =   1.544390\n"), std::string::npos);
     EXPECT_NE(two.report.find("h  k  l  Wave#  2theta"), std::string::npos);
 }
@@ -81,7 +66,7 @@ TEST(RefineReport, TableFormatsAreBuiltAtRunTime) {
 
 // The table's columns read back to the refined numbers, rounded to their decimals.
 TEST(RefineReport, TableColumnsCarryTheResults) {
-    const Written w = writeReport("hexagonal", {});
+    const test::RefineResult w = writeReport("hexagonal", {});
     const DATASTFF& d = *w.data;
     const std::size_t heading = w.report.find("h  k  l  Wave#");
     std::size_t lineStart = w.report.find('\n', heading) + 1;
