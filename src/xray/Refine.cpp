@@ -29,9 +29,11 @@ std::array<double, 6> withAnglesInDegrees(std::array<double, 6> cell) {
     return cell;
 }
 
-std::string printedLine(const char* format, double a, double b, double c, double d, int pass) {
+// One line of the search table: the pass, its three trial rmse values and the vertex.
+std::string searchLine(int pass, const LeastSquaresDesign& parabola, double vertex) {
     char text[128];
-    std::snprintf(text, sizeof text, format, pass, a, b, c, d);
+    std::snprintf(text, sizeof text, "   %4d %14.5E %14.5E %14.5E %14.4f", pass, parabola.y[0],
+                  parabola.y[1], parabola.y[2], vertex);
     return text;
 }
 
@@ -129,8 +131,7 @@ bool MACHERR(INOUTPARMS& io, DATASTFF& data, RefineReport& report) {
         RefineMatrix6 unused{};
         vertex = MAKEDP(parabola, coefficients, unused) ? -coefficients[1] / (2.0 * coefficients[2])
                                                         : std::numeric_limits<double>::quiet_NaN();
-        report.line(printedLine("   %4d %14.5E %14.5E %14.5E %14.4f", parabola.y[0], parabola.y[1],
-                                parabola.y[2], vertex, io.machineErrorPasses));
+        report.line(searchLine(io.machineErrorPasses, parabola, vertex));
         if (std::isnan(vertex)) {
             // Adding an undefined shift would void every line: the pass leaves them as they were.
             data.TTHETA = data.TTHETAO;

@@ -52,13 +52,9 @@ private:
         return false;
     }
     bool lineError(const std::string& text) {
-        const std::string where = printedLineNumber();
-        if (reader_.sawNulByte()) {
-            return fail(" Input error, line " + where + ": the file is not a text file.");
-        }
-        return fail(" Input error, line " + where + ": " + text);
+        return fail(" Input error, line " + std::to_string(reader_.lineNumber()) + ": " +
+                    (reader_.sawNulByte() ? std::string("the file is not a text file.") : text));
     }
-    std::string printedLineNumber() const { return std::to_string(reader_.lineNumber()); }
     bool nextLine(std::string_view what) {
         if (READLN(reader_, line_)) {
             return true;

@@ -217,7 +217,7 @@ std::string tableFormat(bool tableInD, int wavelengths) {
 void RECAST(const INOUTPARMS& io, const DATASTFF& data, RefineReport& report) {
     const std::string format = tableFormat(io.tableInD, data.NWAVES);
     if (io.tableInD) {
-        report.line("         OBSERVED               CALCULATED          DIFFERENCE");
+        report.line("         OBSERVED            CALCULATED          DIFFERENCE");
         report.line("              d     h  k  l       d(calc.)     d(diff.)");
         for (int r = 0; r < data.NREF; ++r) {
             report.line(formatFixed(format, {data.DO[r], data.h[r], data.k[r], data.l[r],
