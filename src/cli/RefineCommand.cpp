@@ -1,10 +1,8 @@
 // quarvex-cli refine: run the cell refinement on a "_refine.DAT" input and print its results.
 #include "cli/CliCommand.h"
-#include "cli/JsonOutput.h"
-#include "common/TextUtils.h"
+#include "cli/RefineOutput.h"
 #include "xray/Refine.h"
 
-#include <cstdio>
 #include <iostream>
 #include <memory>
 
@@ -17,87 +15,16 @@ struct RefineOptions {
     bool json = false;
 };
 
-constexpr std::array<const char*, 6> kCellNames{"a", "b", "c", "alpha", "beta", "gamma"};
-
-std::string searchState(const INOUTPARMS& io) {
-    if (!io.machineErrorSearched) {
-        return "not run";
-    }
-    return io.machineErrorConverged ? "converged" : "not converged";
-}
-
-Json resultJson(const INOUTPARMS& io, const DATASTFF& data) {
-    Json corr = Json::array();
-    for (const auto& row : data.CORR) {
-        corr.push_back(Json(row));
-    }
-    Json table = Json::array();
-    for (int r = 0; r < data.NREF; ++r) {
-        table.push_back(Json{{"h", data.h[r]},
-                             {"k", data.k[r]},
-                             {"l", data.l[r]},
-                             {"wave", data.WAVEID[r]},
-                             {"obs_2theta", data.TTHETA[r]},
-                             {"obs_d", data.DO[r]},
-                             {"calc_2theta", data.TTHETAC[r]},
-                             {"calc_d", data.DC[r]},
-                             {"obs_2theta_as_read", data.TTHETAORIGINAL[r]}});
-    }
-    return Json{{"system", std::string(trimmed(data.XTLSYS))},
-                {"cell", data.CELL},
-                {"error", data.ERROR},
-                {"volume", io.volume},
-                {"volume_error", io.volumeError},
-                {"rmse", io.rmse},
-                {"iterations", io.iterations},
-                {"iteration_limit_hit", io.iterationLimitHit},
-                {"machine_error", io.machineError},
-                {"machine_error_search", searchState(io)},
-                {"report", io.reportPath.string()},
-                {"corr", corr},
-                {"table", table}};
-}
-
-void printText(const INOUTPARMS& io, const DATASTFF& data) {
-    std::printf("Refined cell, %s, %d reflections\n", std::string(trimmed(data.XTLSYS)).c_str(),
-                data.NREF);
-    for (int m = 0; m < 6; ++m) {
-        const int decimals = m < 3 ? 5 : 4;
-        std::printf("  %-6s = %12.*f", kCellNames[m], decimals, data.CELL[m]);
-        if (data.ERROR[m] > 0.0) {
-            std::printf(" +/- %.*f", decimals, data.ERROR[m]);
-        }
-        std::printf("\n");
-    }
-    std::printf("  %-6s = %12.3f +/- %.3f\n", "volume", io.volume, io.volumeError);
-    std::printf("  rmse          %.5E (weighted Q = 1/d^2, 1/A^2)\n", io.rmse);
-    if (io.iterationLimitHit) {
-        std::printf("  iterations    101 passes without convergence: the last shifts stand\n");
-    } else {
-        std::printf("  iterations    %d\n", io.iterations);
-    }
-    std::printf("  machine error %.3f deg (search %s)\n", io.machineError, searchState(io).c_str());
-    std::printf("  report        %s\n", io.reportPath.string().c_str());
-}
-
 int runRefine(const RefineOptions& options, ProgramState& state) {
     INOUTPARMS& io = state.inoutparms;
     DATASTFF& data = state.datastff;
-    if (!REFINEMAIN(options.file, io, data)) {
-        std::cerr << "Refine: " << io.message << '\n';
-        if (!io.reportPath.empty()) {
-            std::cerr << "Report: " << io.reportPath.string() << '\n';
-        }
+    if (!reportRefineRun(REFINEMAIN(options.file, io, data), io)) {
         return 1;
     }
-    if (io.machineErrorSearched && !io.machineErrorConverged) {
-        std::cerr << "Warning: the machine-error search did not converge (" << io.machineErrorPasses
-                  << " passes); its correction is not reliable, see the report.\n";
-    }
     if (options.json) {
-        std::cout << resultJson(io, data).dump(2) << '\n';
+        std::cout << refineResultJson(io, data).dump(2) << '\n';
     } else {
-        printText(io, data);
+        printRefineText(io, data);
     }
     return 0;
 }

@@ -24,6 +24,11 @@ int main(int argc, char** argv) {
     commands.push_back(addPeaksCommand(app));
     commands.push_back(addFitCommand(app));
     commands.push_back(addRefineCommand(app));
+    commands.push_back(addXrayRefCommand(app));
+    commands.push_back(addXrayRefineCommand(app));
+    for (CliCommand& command : addXrayProjectCommands(app)) {
+        commands.push_back(std::move(command));
+    }
     for (CliCommand& command : addLibraryCommands(app)) {
         commands.push_back(std::move(command));
     }

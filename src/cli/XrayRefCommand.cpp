@@ -1,0 +1,121 @@
+// quarvex-cli xray-ref: read reference diffraction-data files and list their cells, modes and
+// reflections.
+#include "cli/CliCommand.h"
+#include "cli/JsonOutput.h"
+#include "common/TextUtils.h"
+#include "xray/XrayDataAndFileManager.h"
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+namespace quarvex::cli {
+
+namespace {
+
+struct XrayRefOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+Json patternJson(const DIFF_GLOBALS& diff, int p) {
+    const auto k = static_cast<std::size_t>(p);
+    Json reflections = Json::array();
+    const auto twoTheta = diff.reflections(diff.TWO_THETA, p);
+    const auto intensity = diff.reflections(diff.INTENS, p);
+    const auto dSpacing = diff.reflections(diff.DSPACE, p);
+    const auto hkl = diff.reflections(diff.HKL, p);
+    for (std::size_t r = 0; r < twoTheta.size(); ++r) {
+        Json row{{"two_theta", jsonNumber(twoTheta[r])},
+                 {"intensity", jsonNumber(intensity[r])},
+                 {"d", jsonNumber(dSpacing[r])},
+                 {"h", hkl[r][0]},
+                 {"k", hkl[r][1]},
+                 {"l", hkl[r][2]}};
+        if (diff.MODE[k] == 2) {
+            row["two_theta2"] = jsonNumber(diff.reflections(diff.TWO_THETA2, p)[r]);
+            row["intensity2"] = jsonNumber(diff.reflections(diff.INTENS2, p)[r]);
+        }
+        reflections.push_back(std::move(row));
+    }
+    Json cell = Json::array();
+    for (const float value : diff.CELL_PARAMS[k]) {
+        cell.push_back(jsonNumber(value));
+    }
+    Json wavelengths = Json::array();
+    for (const double w : diff.WAVELENGTHS[k]) {
+        if (w > 0.0) {
+            wavelengths.push_back(w);
+        }
+    }
+    return Json{{"name", diff.NAME[k]},
+                {"title", diff.TITLE[k]},
+                {"cell", cell},
+                {"mode", diff.MODE[k]},
+                {"count", diff.NUMDATA[k]},
+                {"system", std::string(crystalSystemName(diff.SYM[k]))},
+                {"space_group", diff.SPACE_GROUP[k]},
+                {"wavelengths", wavelengths},
+                {"notes", diff.NOTES[k]},
+                {"reflections", reflections}};
+}
+
+void printPattern(const Json& p) {
+    std::cout << p["name"].get<std::string>() << ": " << p["title"].get<std::string>() << '\n'
+              << "  cell        ";
+    for (const auto& value : p["cell"]) {
+        std::cout << ' ' << value;
+    }
+    std::cout << "\n  system       " << p["system"].get<std::string>() << " (space group "
+              << p["space_group"].get<std::string>() << ")\n"
+              << "  mode         " << p["mode"] << ", wavelengths " << p["wavelengths"].dump()
+              << '\n'
+              << "  count        " << p["count"] << '\n';
+    for (const auto& note : p["notes"]) {
+        std::cout << "  note         " << note.get<std::string>() << '\n';
+    }
+    std::printf("     2-theta   intensity  d-spacing    h   k   l\n");
+    for (const auto& r : p["reflections"]) {
+        std::printf("%12.2f %11.2f %10.4f %4d%4d%4d\n", r["two_theta"].get<double>(),
+                    r["intensity"].get<double>(), r["d"].get<double>(), r["h"].get<int>(),
+                    r["k"].get<int>(), r["l"].get<int>());
+    }
+}
+
+int runXrayRef(const XrayRefOptions& options, ProgramState& state) {
+    int status = 0;
+    const auto importFolder = GET_IMPDIFF_PATH(state.quarvex.programFolder);
+    for (const std::string& file : options.files) {
+        try {
+            OPEN_AND_READ_DIFF_FILE(state.diff, file, importFolder);
+        } catch (const std::exception& error) {
+            printError(error);
+            status = 1;
+        }
+    }
+    Json patterns = Json::array();
+    for (int p = 0; p < state.diff.count(); ++p) {
+        patterns.push_back(patternJson(state.diff, p));
+    }
+    if (options.json) {
+        std::cout << Json{{"patterns", patterns}}.dump(2) << '\n';
+    } else {
+        for (const Json& pattern : patterns) {
+            printPattern(pattern);
+        }
+    }
+    return status;
+}
+
+} // namespace
+
+CliCommand addXrayRefCommand(CLI::App& app) {
+    auto options = std::make_shared<XrayRefOptions>();
+    CLI::App* command = app.add_subcommand(
+        "xray-ref", "Read reference diffraction-data files and list cell, mode and reflections");
+    command->add_option("files", options->files, "Reference files (.out, .txt, .dat)")->required();
+    command->add_flag("--json", options->json, "Print JSON instead of text");
+    return {command, [options](ProgramState& state) { return runXrayRef(*options, state); }};
+}
+
+} // namespace quarvex::cli
