@@ -28,6 +28,11 @@ void addXrayRunOptions(CLI::App& command, XrayRunOptions& options) {
                        "reference file's, else the preferences)");
 }
 
+XrayStateGroups xrayGroups(ProgramState& state) {
+    return {state.specdata, state.mineralInfo, state.diff,
+            state.xrayPeak, state.inoutparms,  state.datastff};
+}
+
 XrayRefineRequest xrayRequest(const XrayRunOptions& options, const ProgramState& state) {
     const Preferences& preferences = state.quarvex.preferences;
     if ((options.tolerance && !(*options.tolerance > 0.0F)) ||

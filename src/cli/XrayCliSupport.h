@@ -25,6 +25,9 @@ struct XrayRunOptions {
 /// Adds PATTERN, REF, --system, --tol and --wave to a subcommand.
 void addXrayRunOptions(CLI::App& command, XrayRunOptions& options);
 
+/// The state groups the X-ray workflow works on.
+XrayStateGroups xrayGroups(ProgramState& state);
+
 /// The workflow request of the options, the rest from the preferences (peak search and profile,
 /// match tolerance, wavelength, machine-error search, iterations) and the home folder (import
 /// records). Throws QuarvexError for a tolerance or wavelength that is not positive.

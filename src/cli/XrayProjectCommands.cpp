@@ -46,9 +46,7 @@ int runNew(const NewOptions& options, ProgramState& state) {
 
 int runSave(const SaveOptions& options, ProgramState& state) {
     const XrayRefineOutcome outcome =
-        prepareXrayPhase({state.specdata, state.mineralInfo, state.diff, state.xrayPeak,
-                          state.inoutparms, state.datastff},
-                         xrayRequest(options.run, state));
+        prepareXrayPhase(xrayGroups(state), xrayRequest(options.run, state));
     printRunNotes(outcome);
     const XrayProject project = projectFromState(state.specdata, state.xrayPeak);
     std::filesystem::path mainFile = resolveProjectFile(options.path);

@@ -18,9 +18,7 @@ struct XrayRefineOptions {
 
 int runXrayRefineCommand(const XrayRefineOptions& options, ProgramState& state) {
     const XrayRefineOutcome outcome =
-        runXrayRefine({state.specdata, state.mineralInfo, state.diff, state.xrayPeak,
-                       state.inoutparms, state.datastff},
-                      xrayRequest(options.run, state));
+        runXrayRefine(xrayGroups(state), xrayRequest(options.run, state));
     printRunNotes(outcome);
     std::cerr << "Refinement input: " << outcome.inputFile.string() << '\n';
     if (!reportRefineRun(outcome.refined, state.inoutparms)) {

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
+#include <stdexcept>
 
 namespace quarvex {
 
@@ -184,6 +186,29 @@ std::vector<PeakMatch> matchPeaks(const XrayPeakList& peaks,
                                   std::span<const ReflectionCandidate> candidates,
                                   const MatchSettings& settings) {
     return Matcher(peaks, candidates, settings).run();
+}
+
+void assignPeak(XrayPhase& phase, int peak, std::array<int, 3> hkl, int wave,
+                std::span<const double> wavelengths) {
+    if (peak < 0 || peak >= phase.peaks.count() || wave < 1 ||
+        wave > static_cast<int>(wavelengths.size())) {
+        throw std::out_of_range("assignPeak: no such peak or wavelength");
+    }
+    PeakAssignment assignment{peak, hkl, wave, std::numeric_limits<float>::quiet_NaN()};
+    const auto input = std::find(phase.IHKL.begin(), phase.IHKL.end(), hkl);
+    if (input != phase.IHKL.end()) {
+        assignment.referenceTwoTheta = static_cast<float>(
+            twoThetaFromDSpacing(phase.IDSP[static_cast<std::size_t>(input - phase.IHKL.begin())],
+                                 wavelengths[static_cast<std::size_t>(wave - 1)]));
+    }
+    unassignPeak(phase, peak);
+    const auto at = std::find_if(phase.assignments.begin(), phase.assignments.end(),
+                                 [peak](const PeakAssignment& a) { return a.peak > peak; });
+    phase.assignments.insert(at, assignment);
+}
+
+void unassignPeak(XrayPhase& phase, int peak) {
+    std::erase_if(phase.assignments, [peak](const PeakAssignment& a) { return a.peak == peak; });
 }
 
 } // namespace quarvex

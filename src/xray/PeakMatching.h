@@ -61,4 +61,14 @@ std::vector<PeakMatch> matchPeaks(const XrayPeakList& peaks,
                                   std::span<const ReflectionCandidate> candidates,
                                   const MatchSettings& settings);
 
+/// The user's own assignment: peak `peak` (0-based) gets `hkl` at wavelength number `wave`,
+/// replacing what it had; its reference 2-theta is that of the input reflection with this h k l
+/// at that wavelength, NaN when the phase has none. Assignments stay in peak order. Throws
+/// std::out_of_range for a peak or wavelength number that does not exist.
+void assignPeak(XrayPhase& phase, int peak, std::array<int, 3> hkl, int wave,
+                std::span<const double> wavelengths);
+
+/// Removes the assignment of peak `peak` (0-based), if it has one.
+void unassignPeak(XrayPhase& phase, int peak);
+
 } // namespace quarvex

@@ -101,6 +101,29 @@ TEST(PeakMatching, InputReflectionsAtEachWavelength) {
     EXPECT_EQ(candidates[1].intensity, 50.0F);
 }
 
+TEST(PeakMatching, TheUserOverridesAnAssignment) {
+    XrayPhase phase;
+    for (const float centre : {20.0F, 30.0F, 40.0F}) {
+        XrayPeak peak;
+        peak.parameters = {1.0F, centre, 0.1F, 0.5F};
+        phase.peaks.append(peak);
+    }
+    phase.IHKL = {{1, 1, 1}};
+    phase.IDSP = {2.9764F};
+    phase.assignments = {{0, {1, 0, 0}, 1, 20.0F}, {2, {2, 0, 0}, 1, 40.0F}};
+    const double waves[] = {1.540562};
+    assignPeak(phase, 1, {1, 1, 1}, 1, waves);
+    assignPeak(phase, 2, {3, 3, 3}, 1, waves);
+    unassignPeak(phase, 0);
+    ASSERT_EQ(phase.assignments.size(), 2U);
+    EXPECT_EQ(phase.assignments[0].peak, 1);
+    EXPECT_NEAR(phase.assignments[0].referenceTwoTheta, 29.99729, 1e-5); // 1 1 1 of the input
+    EXPECT_EQ(phase.assignments[1].hkl, (std::array<int, 3>{3, 3, 3}));
+    EXPECT_TRUE(std::isnan(phase.assignments[1].referenceTwoTheta)); // not an input reflection
+    EXPECT_THROW(assignPeak(phase, 3, {1, 1, 1}, 1, waves), std::out_of_range);
+    EXPECT_THROW(assignPeak(phase, 0, {1, 1, 1}, 2, waves), std::out_of_range);
+}
+
 TEST(XrayBragg, BothWaysAgreeAndTheErrorIsTheDerivative) {
     for (const double twoTheta : {5.0, 26.6456, 90.0, 150.0}) {
         const double d = dSpacingFromTwoTheta(twoTheta, 1.540562);

@@ -1,0 +1,85 @@
+// quarvex-cli xray-ref, xray-refine and xray-project end to end on the reference files and a
+// synthetic halite pattern: the JSON keys and values, the files written beside the pattern.
+#include "TestSupport.h"
+#include "XrayPatternSupport.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace quarvex {
+namespace {
+
+test::ProgramRun cli(const test::TempFolder& home, const std::string& arguments) {
+    return test::runProgram(std::string(QUARVEX_CLI_PATH) + " --home '" + home.path().string() +
+                            "' " + arguments);
+}
+
+// A quoted path (built by appending: no temporary for g++ 12 to misjudge under -Wrestrict).
+std::string quoted(const std::filesystem::path& path) {
+    std::string text(1, '\'');
+    text.append(path.string()).push_back('\'');
+    return text;
+}
+
+std::string reference(const char* name) {
+    return quoted(test::sourcePath(std::string("tests/xray/data/reference/") + name));
+}
+
+TEST(XrayCli, XrayRefListsEachFileAndGoesOnPastABadOne) {
+    test::TempFolder home;
+    const auto run = cli(home, "xray-ref --json " + reference("Quartz_Ka12.out") + " missing.out " +
+                                   reference("Halite.out"));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("SHARING ERROR"), std::string::npos) << run.err;
+    const auto json = nlohmann::json::parse(run.out)["patterns"];
+    ASSERT_EQ(json.size(), 2U);
+    EXPECT_EQ(json[0]["name"], "Quartz_Ka12.out");
+    EXPECT_EQ(json[0]["mode"], 2);
+    EXPECT_EQ(json[0]["count"], 28);
+    EXPECT_EQ(json[0]["cell"][2], 5.40385);
+    EXPECT_EQ(json[0]["reflections"][1]["two_theta"], 26.65);
+    EXPECT_EQ(json[0]["reflections"][1]["l"], 1);
+    EXPECT_EQ(json[1]["system"], "CUBIC");
+    EXPECT_EQ(json[1]["reflections"][8]["d"], 1.1514);
+}
+
+TEST(XrayCli, XrayRefineAndAProjectOfItsMatches) {
+    test::TempFolder home;
+    const test::ReferenceTable halite = test::readReferenceTable("Halite.out");
+    const auto pattern = home.write("halite.txt", test::syntheticPatternText(halite, {0.02}));
+    const auto run = cli(home, "xray-refine --json " + quoted(pattern) + " " +
+                                   reference("Halite.out") + " --tol 0.08");
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto json = nlohmann::json::parse(run.out);
+    for (const char* key :
+         {"system", "cell", "error", "volume", "volume_error", "rmse", "iterations",
+          "machine_error", "machine_error_search", "report", "corr", "table", "matches"}) {
+        EXPECT_TRUE(json.contains(key)) << key;
+    }
+    EXPECT_NEAR(json["cell"][0].get<double>(), 5.64056, 5.64056 * 2e-4);
+    ASSERT_EQ(json["matches"].size(), 9U);
+    EXPECT_EQ(json["matches"][0]["h"], 1);
+    EXPECT_NEAR(json["matches"][0]["reference_two_theta"].get<double>(), 27.36, 0.005);
+    EXPECT_NEAR(json["matches"][0]["d"].get<double>(), 3.2566, 0.003);
+    EXPECT_TRUE(std::filesystem::exists(home.path() / "halite_refine.DAT"));
+
+    ASSERT_EQ(
+        cli(home, "xray-project new " + quoted(home.path() / "p.xproj") + " " + quoted(pattern))
+            .status,
+        0);
+    const auto save = cli(home, "xray-project save " + quoted(home.path() / "p") + " " +
+                                    quoted(pattern) + " " + reference("Halite.out"));
+    ASSERT_EQ(save.status, 0) << save.err;
+    const auto show = cli(home, "xray-project show --json " + quoted(home.path() / "p"));
+    ASSERT_EQ(show.status, 0) << show.err;
+    const auto project = nlohmann::json::parse(show.out);
+    EXPECT_EQ(project["pattern"]["points"], 8001);
+    EXPECT_EQ(project["phases"][0]["name"], "Halite");
+    EXPECT_EQ(project["phases"][0]["numinp"], 9);
+    EXPECT_EQ(project["phases"][0]["matches"], json["matches"]);
+}
+
+} // namespace
+} // namespace quarvex
