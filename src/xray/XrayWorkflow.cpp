@@ -14,7 +14,6 @@
 #include "xray/XrayPeakFit.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -29,9 +28,8 @@ namespace {
 // A single-precision setting as the double its text means (1.540562F is 1.540562, not
 // 1.5405620336...).
 double asWritten(float value) {
-    double widened = 0.0;
-    const std::string text = shortestText(value);
-    std::from_chars(text.data(), text.data() + text.size(), widened);
+    double widened = value;
+    parseReal(shortestText(value), widened);
     return widened;
 }
 
