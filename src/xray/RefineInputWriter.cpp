@@ -58,42 +58,42 @@ std::vector<RefineInputLine> refineInputLines(const XrayPhase& phase) {
     return lines;
 }
 
-void writeRefineInput(const std::filesystem::path& path, const RefineInputSpec& spec) {
-    const std::string_view system = crystalSystemName(spec.sym);
+void writeRefineInput(const std::filesystem::path& path, const RefineInputContent& content) {
+    const std::string_view system = crystalSystemName(content.sym);
     if (system.empty()) {
         fail("The crystal system is not known: choose one before refining.");
     }
-    if (spec.wavelengths.empty() ||
-        spec.wavelengths.size() > static_cast<std::size_t>(PARMMAX::kMaxWavelengths)) {
+    if (content.wavelengths.empty() ||
+        content.wavelengths.size() > static_cast<std::size_t>(PARMMAX::kMaxWavelengths)) {
         fail("A refinement needs 1 to 3 wavelengths.");
     }
-    if (spec.lines.size() > static_cast<std::size_t>(PARMMAX::kMaxReflections)) {
+    if (content.lines.size() > static_cast<std::size_t>(PARMMAX::kMaxReflections)) {
         fail("A refinement takes at most 99 lines.");
     }
-    for (const RefineInputLine& line : spec.lines) {
-        if (line.wave < 1 || line.wave > static_cast<int>(spec.wavelengths.size())) {
+    for (const RefineInputLine& line : content.lines) {
+        if (line.wave < 1 || line.wave > static_cast<int>(content.wavelengths.size())) {
             fail("Wavelength number " + std::to_string(line.wave) + " is not given.");
         }
     }
     AtomicFile file(path);
     std::ostream& out = file.stream();
-    const bool cellGiven = hasCell(spec.cell);
-    std::string title(spec.title);
+    const bool cellGiven = hasCell(content.cell);
+    std::string title(content.title);
     std::replace_if(
         title.begin(), title.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     out << title << '\n' << system << '\n' << (cellGiven ? 1 : 0);
-    for (const float value : spec.cell) {
+    for (const float value : content.cell) {
         out << ' ' << shortestText(value);
     }
-    out << '\n' << spec.wavelengths.size();
-    for (const double wavelength : spec.wavelengths) {
+    out << '\n' << content.wavelengths.size();
+    for (const double wavelength : content.wavelengths) {
         out << ' ' << shortestText(wavelength);
     }
     out << '\n'
-        << (spec.machineErrorSearch ? 1 : 0) << ' ' << (spec.reportIterations ? 1 : 0) << " 0 "
-        << (cellGiven && spec.startFromCell ? 1 : 0) << '\n';
-    for (const RefineInputLine& line : spec.lines) {
-        const double wavelength = spec.wavelengths[static_cast<std::size_t>(line.wave - 1)];
+        << (content.machineErrorSearch ? 1 : 0) << ' ' << (content.reportIterations ? 1 : 0)
+        << " 0 " << (cellGiven && content.startFromCell ? 1 : 0) << '\n';
+    for (const RefineInputLine& line : content.lines) {
+        const double wavelength = content.wavelengths[static_cast<std::size_t>(line.wave - 1)];
         out << line.hkl[0] << ' ' << line.hkl[1] << ' ' << line.hkl[2] << ' ' << line.wave << ' '
             << shortestText(line.twoTheta) << ' '
             << shortestText(twoThetaWeight(line.twoTheta, wavelength)) << '\n';

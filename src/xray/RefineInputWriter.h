@@ -20,7 +20,7 @@ struct RefineInputLine {
 };
 
 /// Everything the input file holds (layout in docs/refine.md).
-struct RefineInputSpec {
+struct RefineInputContent {
     std::string title;
     int sym = kSymUnknown;           ///< crystal system
     std::array<float, 6> cell{};     ///< starting cell; all zero: none
@@ -46,6 +46,6 @@ std::vector<RefineInputLine> refineInputLines(const XrayPhase& phase);
 /// Writes the input file through a temporary file. Each line carries twoThetaWeight as its
 /// weight. Throws QuarvexError (title "X-ray Diffraction") for an unknown crystal system, no
 /// wavelength, more lines than the refinement takes, or a file that cannot be written.
-void writeRefineInput(const std::filesystem::path& path, const RefineInputSpec& spec);
+void writeRefineInput(const std::filesystem::path& path, const RefineInputContent& content);
 
 } // namespace quarvex

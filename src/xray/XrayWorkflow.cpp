@@ -118,19 +118,19 @@ std::vector<PeakMatch> matchPhase(XrayPhase& phase, const DIFF_GLOBALS& diff,
 bool refinePhase(const XrayPhase& phase, std::span<const double> wavelengths,
                  const std::filesystem::path& inputFile, const PhaseRefineSettings& settings,
                  INOUTPARMS& io, DATASTFF& data) {
-    RefineInputSpec spec;
-    spec.title = settings.title;
-    spec.sym = phase.SYM;
-    spec.cell = phase.ICP;
-    spec.startFromCell = phase.USEICP;
-    spec.wavelengths.assign(wavelengths.begin(), wavelengths.end());
-    spec.machineErrorSearch = settings.machineErrorSearch;
-    spec.reportIterations = settings.reportIterations;
-    spec.lines = refineInputLines(phase);
-    if (spec.lines.empty()) {
+    RefineInputContent content;
+    content.title = settings.title;
+    content.sym = phase.SYM;
+    content.cell = phase.ICP;
+    content.startFromCell = phase.USEICP;
+    content.wavelengths.assign(wavelengths.begin(), wavelengths.end());
+    content.machineErrorSearch = settings.machineErrorSearch;
+    content.reportIterations = settings.reportIterations;
+    content.lines = refineInputLines(phase);
+    if (content.lines.empty()) {
         fail("No peak of the phase " + phase.name + " is assigned: nothing to refine.");
     }
-    writeRefineInput(inputFile, spec);
+    writeRefineInput(inputFile, content);
     return REFINEMAIN(inputFile, io, data);
 }
 

@@ -50,11 +50,11 @@ TEST(RefineInputWriter, TheWeightIsTheTwoThetaErrorPerQ) {
 TEST(RefineInputWriter, TheInputRefinesToTheCellOfItsLines) {
     test::TempFolder folder;
     const XrayPhase phase = cubicPhase(5.4307, 12);
-    RefineInputSpec spec{"synthetic", phase.SYM, phase.ICP, true,
-                         {1.0},       false,     true,      refineInputLines(phase)};
+    RefineInputContent content{"synthetic", phase.SYM, phase.ICP, true,
+                               {1.0},       false,     true,      refineInputLines(phase)};
     const auto input = refineInputPath(folder.path() / "si.txt");
     EXPECT_EQ(input.filename(), "si_refine.DAT");
-    writeRefineInput(input, spec);
+    writeRefineInput(input, content);
     EXPECT_EQ(test::readFile(input).rfind(
                   "synthetic\nCUBIC\n1 5.43 5.43 5.43 90 90 90\n1 1\n0 1 0 1\n1 1 0 1 ", 0),
               0U);
@@ -78,16 +78,16 @@ TEST(RefineInputWriter, TooManyMatchesKeepTheStrongestInAngleOrder) {
 TEST(RefineInputWriter, RefusesWhatTheRefinementCannotRun) {
     test::TempFolder folder;
     const XrayPhase phase = cubicPhase(5.4307, 3);
-    RefineInputSpec good{"t",    phase.SYM, phase.ICP, false,
-                         {1.54}, false,     false,     refineInputLines(phase)};
-    RefineInputSpec noSystem = good;
+    RefineInputContent good{"t",    phase.SYM, phase.ICP, false,
+                            {1.54}, false,     false,     refineInputLines(phase)};
+    RefineInputContent noSystem = good;
     noSystem.sym = kSymUnknown;
-    RefineInputSpec noWave = good;
+    RefineInputContent noWave = good;
     noWave.wavelengths.clear();
-    RefineInputSpec badWaveNumber = good;
+    RefineInputContent badWaveNumber = good;
     badWaveNumber.lines[0].wave = 2;
-    for (const RefineInputSpec* spec : {&noSystem, &noWave, &badWaveNumber}) {
-        EXPECT_THROW(writeRefineInput(folder.path() / "x_refine.DAT", *spec), QuarvexError);
+    for (const RefineInputContent* content : {&noSystem, &noWave, &badWaveNumber}) {
+        EXPECT_THROW(writeRefineInput(folder.path() / "x_refine.DAT", *content), QuarvexError);
     }
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "x_refine.DAT"));
     EXPECT_THROW(writeRefineInput(folder.path() / "no" / "x_refine.DAT", good), QuarvexError);
