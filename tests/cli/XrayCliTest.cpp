@@ -24,7 +24,7 @@ std::string quoted(const std::filesystem::path& path) {
 }
 
 std::string reference(const char* name) {
-    return quoted(test::sourcePath(std::string("tests/xray/data/reference/") + name));
+    return quoted(test::sourcePath(std::string("data/xray/reference/") + name));
 }
 
 TEST(XrayCli, XrayRefListsEachFileAndGoesOnPastABadOne) {

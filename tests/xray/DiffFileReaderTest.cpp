@@ -46,7 +46,7 @@ TEST(DiffFileReader, EveryReferenceFileReadsWithItsCellModeAndReflections) {
         {"Zincite.out", 1, 13, "HEXAGONAL"},
     };
     for (const ReferenceFileCase& c : cases) {
-        const auto path = test::sourcePath(std::string("tests/xray/data/reference/") + c.file);
+        const auto path = test::sourcePath(std::string("data/xray/reference/") + c.file);
         const DiffFileRecord record = READ_DIFF_INFO(path, nullptr);
         const test::ReferenceTable truth = test::readReferenceTable(c.file);
         EXPECT_EQ(record.mode, c.mode) << c.file;

@@ -54,7 +54,7 @@ PatternSnapshot snapshot(const DIFF_GLOBALS& d, int k) {
 }
 
 std::filesystem::path reference(const char* name) {
-    return test::sourcePath(std::string("tests/xray/data/reference/") + name);
+    return test::sourcePath(std::string("data/xray/reference/") + name);
 }
 
 TEST(XrayDataAndFileManager, PatternsKeepEveryFieldThroughSortAndDelete) {

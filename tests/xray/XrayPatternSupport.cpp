@@ -42,7 +42,7 @@ private:
 } // namespace
 
 ReferenceTable readReferenceTable(const std::string& name) {
-    std::ifstream in(sourcePath("tests/xray/data/reference/" + name));
+    std::ifstream in(sourcePath("data/xray/reference/" + name));
     ReferenceTable table;
     std::string line;
     bool inTable = false;

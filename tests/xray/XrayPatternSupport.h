@@ -23,7 +23,7 @@ struct ReferenceTable {
     std::vector<ReferenceLine> lines;
 };
 
-/// Parses tests/xray/data/reference/<name>: the cell, the wavelengths and the table lines.
+/// Parses data/xray/reference/<name>: the cell, the wavelengths and the table lines.
 ReferenceTable readReferenceTable(const std::string& name);
 
 /// How a synthetic pattern is made.

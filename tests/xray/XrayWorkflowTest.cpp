@@ -23,7 +23,7 @@ XrayStateGroups groupsOf(ProgramState& s) {
 }
 
 std::filesystem::path reference(const std::string& name) {
-    return test::sourcePath("tests/xray/data/reference/" + name);
+    return test::sourcePath("data/xray/reference/" + name);
 }
 
 XrayRefineRequest requestFor(const std::filesystem::path& pattern, const std::string& ref) {
