@@ -44,6 +44,13 @@ inline constexpr int kCmdExportView = 30070;      ///< save the view as PDF or P
 inline constexpr int kCmdSelectRangeMode = 30071; ///< plain left-drag selects an x-range
 inline constexpr int kCmdStackSpectra = 30072;    ///< stack or overlay (preference 5)
 
+// Commands of the mode docks' buttons (the docks ask the main window to dispatch them).
+inline constexpr int kCmdSearchLibrary = 30073;  ///< Raman Search: search the selected area
+inline constexpr int kCmdCompileLibrary = 30074; ///< Raman Search: compile the library
+inline constexpr int kCmdFindPeaks = 30075;      ///< Edit Spectrum: find and mark the peaks
+inline constexpr int kCmdFitPeaks = 30076;       ///< Edit Spectrum: fit the selected window
+inline constexpr int kCmdCopyFitTable = 30077;   ///< Edit Spectrum: the table to the clipboard
+
 // The X-ray Diffraction mode's own pop-up commands (its dialog dispatches them; their numbers
 // overlap the recent-file range of the main window).
 inline constexpr int kCmdOpenOriginalDif = 30038;

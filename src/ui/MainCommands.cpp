@@ -7,11 +7,13 @@
 #include "specdata/SpecDataManager.h"
 #include "ui/AboutDlgProc.h"
 #include "ui/Commands.h"
+#include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
 #include "ui/HelpPages.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/PrintAndExport.h"
 #include "ui/ProgressRunner.h"
+#include "ui/RamanSearchDock.h"
 #include "ui/SpectrumDialogs.h"
 #include "ui/SpectrumView.h"
 
@@ -31,6 +33,8 @@ namespace {
 constexpr const char* kConsistencyQuestion =
     "Run Consistency Exam? The Process Can Take Several Hours!";
 constexpr const char* kConsistencyTitle = "Raman Library Consistency Exam";
+constexpr const char* kConsistencyMissing =
+    "The Raman library consistency exam is not part of this version of Quarvex.";
 
 std::size_t at(int index) {
     return static_cast<std::size_t>(index);
@@ -73,6 +77,11 @@ bool isMainWindowCommand(int command) {
     case kCmdExportView:
     case kCmdSelectRangeMode:
     case kCmdStackSpectra:
+    case kCmdSearchLibrary:
+    case kCmdCompileLibrary:
+    case kCmdFindPeaks:
+    case kCmdFitPeaks:
+    case kCmdCopyFitTable:
         return true;
     default:
         return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast;
@@ -143,7 +152,16 @@ void MainWndProc::runCommand(int command) {
         editPreferences();
         break;
     case kCmdFileManager:
-        showFileManager();
+        showMode(fileManager_);
+        break;
+    case kCmdRamanSearchMode:
+    case kCmdEditSpectrumMode:
+    case kCmdSearchLibrary:
+    case kCmdCompileLibrary:
+    case kCmdFindPeaks:
+    case kCmdFitPeaks:
+    case kCmdCopyFitTable:
+        runModeCommand(command);
         break;
     case kCmdHelpContents:
     case kCmdHelpSearch:
@@ -193,7 +211,7 @@ void MainWndProc::runCommand(int command) {
         refreshAfterSpectrumChange();
         break;
     case kCmdSpectrumName:
-        showFileManager();
+        showMode(fileManager_);
         fileManager_->selectSpectrum(target);
         break;
     default:
@@ -242,6 +260,8 @@ int MainWndProc::openFiles(const QStringList& paths) {
 void MainWndProc::refreshAfterSpectrumChange() {
     fileManager_->HANDLE_FILEMANAGER_LISTVIEW();
     fileManager_->SET_UP_SPECDATA_BUTTONS();
+    ramanSearch_->spectraChanged();
+    editSpectrum_->spectraChanged();
     RESET_YVALS(state_.specdata);
     RESETSTACK(state_.specdata, state_.quarvex.preferences.stackSpectra);
     AFTERUPDATESP();
@@ -254,10 +274,51 @@ void MainWndProc::AFTERUPDATESP() {
     SETUP_ANDADJUST_MENUS();
 }
 
-void MainWndProc::showFileManager() {
-    fileManager_->show();
-    fileManager_->raise();
-    resizeDocks({fileManager_}, {std::max(440, width() / 3)}, Qt::Horizontal);
+void MainWndProc::showMode(QDockWidget* dock) {
+    const bool opening = dock->isHidden();
+    dock->show();
+    dock->raise();
+    if (opening) {
+        resizeDocks({dock}, {std::max(520, width() * 3 / 8)}, Qt::Horizontal);
+    }
+}
+
+// The Raman Search and Edit Spectrum modes work on an x-range: opening one, or running one of
+// its commands, shows its dock and lets a plain drag on the view select the range.
+void MainWndProc::runModeCommand(int command) {
+    const bool raman = command == kCmdRamanSearchMode || command == kCmdSearchLibrary ||
+                       command == kCmdCompileLibrary;
+    QDockWidget* dock =
+        raman ? static_cast<QDockWidget*>(ramanSearch_) : static_cast<QDockWidget*>(editSpectrum_);
+    if (dock->isHidden() || command == kCmdRamanSearchMode || command == kCmdEditSpectrumMode) {
+        showMode(dock);
+        view_->setRangeSelectionMode(true);
+        if (raman) {
+            ramanSearch_->activate();
+        } else {
+            editSpectrum_->activate();
+        }
+    }
+    switch (command) {
+    case kCmdSearchLibrary:
+        ramanSearch_->search();
+        break;
+    case kCmdCompileLibrary:
+        ramanSearch_->compileLibrary();
+        break;
+    case kCmdFindPeaks:
+        editSpectrum_->findPeaks();
+        break;
+    case kCmdFitPeaks:
+        editSpectrum_->fit();
+        break;
+    case kCmdCopyFitTable:
+        editSpectrum_->copyTable();
+        statusBar()->showMessage(QStringLiteral("The fit table is on the clipboard."), 5000);
+        break;
+    default:
+        break; // opening the mode was all
+    }
 }
 
 bool MainWndProc::runCentred(QDialog& dialog) {
@@ -363,11 +424,14 @@ void MainWndProc::consistencyExam() {
                                         QString::fromUtf8(kConsistencyTitle))) {
         return;
     }
-    if (hooks_.consistencyExam) {
-        runWithProgress(
-            this, QString::fromUtf8(kConsistencyTitle),
-            [this](const ProgressCallback& progress) { hooks_.consistencyExam(state_, progress); });
+    if (!hooks_.consistencyExam) {
+        options_.interaction->showInformation(this, QString::fromUtf8(kConsistencyMissing),
+                                              QString::fromUtf8(kConsistencyTitle));
+        return;
     }
+    runWithProgress(
+        this, QString::fromUtf8(kConsistencyTitle),
+        [this](const ProgressCallback& progress) { hooks_.consistencyExam(state_, progress); });
 }
 
 void MainWndProc::showError(const QuarvexError& error) {

@@ -8,9 +8,11 @@
 #include "shell/StartUp.h"
 #include "specdata/SpecDataArrange.h"
 #include "ui/Commands.h"
+#include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
 #include "ui/MenuResource.h"
 #include "ui/ProgressRunner.h"
+#include "ui/RamanSearchDock.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
 
@@ -45,18 +47,6 @@ void applyItemText(QAction* action, std::string_view itemText) {
     action->setShortcut(tab < 0 ? QKeySequence() : QKeySequence(text.mid(tab + 1)));
 }
 
-QString unitOf(XAxisKind kind) {
-    switch (kind) {
-    case XAxisKind::RamanShift:
-        return QStringLiteral(" cm-1");
-    case XAxisKind::TwoTheta:
-        return QStringLiteral(" deg");
-    case XAxisKind::Energy:
-        break;
-    }
-    return {};
-}
-
 } // namespace
 
 void CENTERWINDOW(QWidget& window) {
@@ -79,9 +69,19 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
     setObjectName(QStringLiteral("MainWndProc"));
     view_ = new SpectrumView(state_, this);
     setCentralWidget(view_);
+    hooks_ = defaultCoreHooks();
     fileManager_ = new FileManagerDock(state_, this);
+    const ModeContext modes{state_, *view_, options_.home, options_.interaction};
+    ramanSearch_ = new RamanSearchDock(modes, this);
+    editSpectrum_ = new EditSpectrumDock(modes, this);
     addDockWidget(Qt::RightDockWidgetArea, fileManager_);
-    fileManager_->hide();
+    tabifyDockWidget(fileManager_, ramanSearch_);
+    tabifyDockWidget(ramanSearch_, editSpectrum_);
+    for (QDockWidget* dock :
+         {static_cast<QDockWidget*>(fileManager_), static_cast<QDockWidget*>(ramanSearch_),
+          static_cast<QDockWidget*>(editSpectrum_)}) {
+        dock->hide();
+    }
     buildMenus();
 
     // The window's creation: colours, drag state, preferences.
@@ -102,6 +102,8 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
                 dispatch(command);
                 setTargetSpectrum(-1);
             });
+    connect(ramanSearch_, &RamanSearchDock::commandRequested, this, &MainWndProc::dispatch);
+    connect(editSpectrum_, &EditSpectrumDock::commandRequested, this, &MainWndProc::dispatch);
 }
 
 MainWndProc::~MainWndProc() = default;
@@ -114,12 +116,20 @@ void MainWndProc::startUp() {
     PREPARE_TOOLBAR();
     SET_UP_STATUS_BAR();
     SET_UP_FOLDERS(options_.home);
+    QString compileSummary;
     if (hooks_.compileLibraryAtStart) {
         try {
+            std::optional<LibraryCompilation> compiled;
             runWithProgress(this, QStringLiteral("Compiling Library..."),
-                            [this](const ProgressCallback& progress) {
-                                hooks_.compileLibraryAtStart(state_, progress);
+                            [this, &compiled](const ProgressCallback& progress) {
+                                compiled = hooks_.compileLibraryAtStart(state_, progress);
                             });
+            if (compiled) {
+                // Files left out are told in the status bar and the Raman Search mode, not
+                // in a box at every start.
+                ramanSearch_->showCompilation(*compiled);
+                compileSummary = QString::fromStdString(compilationSummary(*compiled));
+            }
         } catch (const QuarvexError& error) {
             showError(error);
         }
@@ -129,6 +139,9 @@ void MainWndProc::startUp() {
     AFTERUPDATESP();
     show();
     view_->setFocus();
+    if (!compileSummary.isEmpty()) {
+        statusBar()->showMessage(compileSummary, 15000); // once the window shows
+    }
 }
 
 QMenu* MainWndProc::buildMenu(const MenuResource& resource, QWidget* parent, bool dispatched) {
@@ -299,12 +312,7 @@ int MainWndProc::targetSpectrum() const {
     if (targetSpectrum_ >= 0 && targetSpectrum_ < s.count()) {
         return targetSpectrum_;
     }
-    for (int k = 0; k < s.count(); ++k) {
-        if (s.ACTIVE[at(k)]) {
-            return k;
-        }
-    }
-    return s.count() - 1;
+    return activeSpectrum(s);
 }
 
 bool MainWndProc::canRun(int command) const {
@@ -322,7 +330,10 @@ bool MainWndProc::canRun(int command) const {
     case kCmdConsistencyExam:
     case kCmdReverseXAxis:
     case kCmdStackSpectra:
+    case kCmdCompileLibrary:
         return true;
+    case kCmdCopyFitTable:
+        return editSpectrum_->lastFit().has_value();
     case kCmdOpen2:
     case kCmdPrint:
     case kCmdZoomFull:
@@ -334,11 +345,16 @@ bool MainWndProc::canRun(int command) const {
     case kCmdAdjustDataType:
     case kCmdDelete:
     case kCmdSpectrumName:
+    case kCmdRamanSearchMode:
+    case kCmdEditSpectrumMode:
+    case kCmdSearchLibrary:
+    case kCmdFindPeaks:
+    case kCmdFitPeaks:
         return loaded;
     default:
         // Save and Save As, Undo and Redo, background and cosmic-ray removal, trimming, editing
-        // the data file, the recent files, and the modes Edit Spectrum, Raman Search and X-ray
-        // Diffraction arrive with their core operations; until then their items stay greyed.
+        // the data file, the recent files and the X-ray Diffraction mode arrive with their core
+        // operations; until then their items stay greyed.
         return false;
     }
 }
@@ -383,7 +399,7 @@ void MainWndProc::updateStatus() {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const int k = view_->crosshairSpectrum();
     const int point = view_->crosshairPoint();
-    const QString unit = k >= 0 ? unitOf(xAxisKindOf(s.DTYPE[at(k)])) : QString();
+    const QString unit = k >= 0 ? xUnitFor(s.DTYPE[at(k)]) : QString();
     crosshairLabel_->setText(k < 0 ? QString()
                                    : QStringLiteral("%1  %2    x = %3%4    y = %5")
                                          .arg(k + 1)

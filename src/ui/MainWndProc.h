@@ -2,14 +2,13 @@
 // one dispatch function from command number to operation.
 #pragma once
 
-#include "common/Progress.h"
 #include "shell/ProgramState.h"
+#include "ui/CoreHooks.h"
 #include "ui/UserInteraction.h"
 
 #include <QMainWindow>
 
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 
@@ -23,7 +22,9 @@ class QuarvexError;
 
 namespace quarvex::ui {
 
+class EditSpectrumDock;
 class FileManagerDock;
+class RamanSearchDock;
 class SpectrumView;
 struct MenuResource;
 
@@ -33,15 +34,6 @@ struct MainWindowOptions {
     std::filesystem::path docsFolder; ///< the Markdown documentation opened by Help
     /// Message boxes, file dialogs, modal dialogs, opening documents; null: Qt's own.
     std::shared_ptr<UserInteraction> interaction;
-};
-
-/// Core operations that arrive with the Raman library: the window runs them in a worker thread
-/// behind a progress dialog when connected, and skips them while empty.
-struct CoreHooks {
-    /// The library compilation of start-up (progress "Compiling Library...").
-    std::function<void(ProgramState&, const ProgressCallback&)> compileLibraryAtStart;
-    /// What follows a Yes to the consistency-exam question.
-    std::function<void(ProgramState&, const ProgressCallback&)> consistencyExam;
 };
 
 enum class DispatchResult {
@@ -62,6 +54,7 @@ public:
     MainWndProc(ProgramState& state, MainWindowOptions options, QWidget* parent = nullptr);
     ~MainWndProc() override;
 
+    /// The core operations of start-up and the consistency exam (default: defaultCoreHooks()).
     void setCoreHooks(CoreHooks hooks) { hooks_ = std::move(hooks); }
 
     /// Start-up after the window's creation; shows the window.
@@ -89,6 +82,8 @@ public:
 
     SpectrumView* view() const { return view_; }
     FileManagerDock* fileManager() const { return fileManager_; }
+    RamanSearchDock* ramanSearch() const { return ramanSearch_; }
+    EditSpectrumDock* editSpectrum() const { return editSpectrum_; }
     QMenu* viewPopup() const { return viewPopup_; }
     QMenu* spectrumPopup() const { return spectrumPopup_; }
     QMenu* diffractionFilePopup() const { return diffractionFilePopup_; }
@@ -121,7 +116,9 @@ private:
     void READ_SPECDATA_FILE(bool another);
     void refreshAfterSpectrumChange();
     void AFTERUPDATESP();
-    void showFileManager();
+    /// Shows a mode's dock (raised among the tabbed docks), at a third of the window's width.
+    void showMode(QDockWidget* dock);
+    void runModeCommand(int command);
     /// Runs a modal dialog centred on the screen; true when accepted.
     bool runCentred(QDialog& dialog);
     void editPreferences();
@@ -140,6 +137,8 @@ private:
     CoreHooks hooks_;
     SpectrumView* view_ = nullptr;
     FileManagerDock* fileManager_ = nullptr;
+    RamanSearchDock* ramanSearch_ = nullptr;
+    EditSpectrumDock* editSpectrum_ = nullptr;
     QMenu* viewPopup_ = nullptr;
     QMenu* spectrumPopup_ = nullptr;
     QMenu* diffractionFilePopup_ = nullptr;

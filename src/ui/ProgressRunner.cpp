@@ -1,9 +1,12 @@
 // A worker thread for one long operation, with a progress dialog fed from it.
 #include "ui/ProgressRunner.h"
 
+#include <QApplication>
+#include <QEvent>
 #include <QEventLoop>
 #include <QProgressDialog>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +18,30 @@ namespace quarvex::ui {
 namespace {
 
 constexpr int kProgressSteps = 1000;
+constexpr int kDialogDelayMs = 400; // quicker jobs end before any dialog flashes up
+
+// Keeps the user's hands off the program while a job runs: input and close requests are
+// dropped until the job ends (the dialog, once shown, is window-modal as well).
+class InputBlocker : public QObject {
+public:
+    bool eventFilter(QObject*, QEvent* event) override {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::Wheel:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::Shortcut:
+        case QEvent::Drop:
+        case QEvent::Close:
+            return true;
+        default:
+            return false;
+        }
+    }
+};
 
 } // namespace
 
@@ -58,10 +85,13 @@ void runWithProgress(QWidget* parent, const QString& title,
     }));
     QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit,
                      Qt::QueuedConnection);
+    InputBlocker blocker;
+    QApplication::instance()->installEventFilter(&blocker);
     worker->start();
-    dialog.show();
+    QTimer::singleShot(kDialogDelayMs, &dialog, [&dialog] { dialog.show(); });
     loop.exec();
     worker->wait();
+    QApplication::instance()->removeEventFilter(&blocker);
     if (failure) {
         std::rethrow_exception(failure);
     }

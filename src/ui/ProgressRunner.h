@@ -13,10 +13,10 @@ class QWidget;
 namespace quarvex::ui {
 
 /// Runs `job` on a worker thread while a window-modal progress dialog titled `title` shows the
-/// status text and fraction the job reports. The window keeps painting, but the dialog keeps
-/// the user away from the program state, which the job alone touches until it ends (the core is
-/// single-threaded). Returns when the job has ended; an exception of the job is rethrown here,
-/// on the window's thread.
+/// status text and fraction the job reports; the dialog appears only when the job lasts longer
+/// than 0.4 s. The window keeps painting, but the user's input is held back meanwhile, so the
+/// job alone touches the program state until it ends (the core is single-threaded). Returns
+/// when the job has ended; an exception of the job is rethrown here, on the window's thread.
 void runWithProgress(QWidget* parent, const QString& title,
                      const std::function<void(const ProgressCallback&)>& job);
 

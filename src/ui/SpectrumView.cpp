@@ -10,7 +10,8 @@ namespace quarvex::ui {
 
 namespace {
 
-constexpr double kRangeMargin = 0.04;  // empty fraction above and below the drawings
+constexpr double kRangeMargin = 0.04;  // empty fraction below the drawings
+constexpr double kTopMargin = 0.09;    // and above them: room for the labels of peak marks
 constexpr double kHitDistance = 6.0;   // pixels within which a click hits a curve
 constexpr double kClickDistance = 3.0; // pixels a drag must exceed to be a drag
 const char* const kPrimaryLayer = "primary";
@@ -24,8 +25,7 @@ QCPRange padded(double low, double high) {
     if (!(high > low)) {
         return {low - 0.5, low + 0.5};
     }
-    const double margin = (high - low) * kRangeMargin;
-    return {low - margin, high + margin};
+    return {low - (high - low) * kRangeMargin, high + (high - low) * kTopMargin};
 }
 
 } // namespace
@@ -45,6 +45,18 @@ QString xAxisTitleFor(const std::string& dataType) {
         break;
     }
     return QStringLiteral("2-theta / deg");
+}
+
+QString xUnitFor(const std::string& dataType) {
+    switch (xAxisKindOf(dataType)) {
+    case XAxisKind::RamanShift:
+        return QStringLiteral(" cm-1");
+    case XAxisKind::TwoTheta:
+        return QStringLiteral(" deg");
+    case XAxisKind::Energy:
+        break;
+    }
+    return {};
 }
 
 SpectrumView::SpectrumView(ProgramState& state, QWidget* parent)
@@ -133,7 +145,7 @@ void SpectrumView::HOLD_SPECRGN_ARRAYS() {
     selectionBox_->topLeft->setTypeY(QCPItemPosition::ptAxisRectRatio);
     selectionBox_->bottomRight->setTypeY(QCPItemPosition::ptAxisRectRatio);
     selectionBox_->setPen(QPen(QColor(0, 110, 200, 160)));
-    selectionBox_->setBrush(QColor(0, 120, 215, 38));
+    selectionBox_->setBrush(QColor(0, 120, 215, 28));
     selectionBox_->setLayer(interactionLayer_);
     selectionBox_->setVisible(false);
 
@@ -218,6 +230,7 @@ void SpectrumView::ORGANIZE_PAINTING() {
     if (selection_) {
         showSelection();
     }
+    drawOverlays();
     replot();
 }
 
@@ -263,6 +276,36 @@ void SpectrumView::setRanges(const Ranges& ranges) {
 void SpectrumView::ZOOM_OUT() {
     userZoomed_ = false;
     setRanges(fullRanges());
+    replot();
+}
+
+void SpectrumView::zoomTo(const XRange& range) {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const QCPRange full = fullRanges().x;
+    const double spare = (range.end - range.start) / 2.0;
+    const QCPRange x(std::max(full.lower, range.start - spare),
+                     std::min(full.upper, range.end + spare));
+    double low = 0.0;
+    double high = 0.0;
+    bool any = false;
+    for (const int k : graphSpectrum_) {
+        const auto xs = s.xValues(k);
+        const auto ys = s.yValues(k);
+        const auto first = std::lower_bound(xs.begin(), xs.end(), x.lower,
+                                            [](float a, double b) { return a < b; });
+        for (auto p = static_cast<std::size_t>(first - xs.begin());
+             p < xs.size() && xs[p] <= x.upper; ++p) {
+            const double y = drawnY(s, k, ys[p]);
+            low = any ? std::min(low, y) : y;
+            high = any ? std::max(high, y) : y;
+            any = true;
+        }
+    }
+    if (!any || !(x.upper > x.lower)) {
+        return;
+    }
+    setRanges({x, padded(low, high)});
+    userZoomed_ = true;
     replot();
 }
 
@@ -355,7 +398,7 @@ bool SpectrumView::CROSSHAIR_MOVE(int key) {
 int SpectrumView::spectrumAt(const QPointF& pos) const {
     int best = -1;
     double bestDistance = kHitDistance;
-    for (int g = 0; g < graphCount(); ++g) {
+    for (int g = 0; g < static_cast<int>(graphSpectrum_.size()); ++g) { // overlays come later
         const double distance = graph(g)->selectTest(pos, false);
         if (distance >= 0.0 && distance < bestDistance) {
             bestDistance = distance;
@@ -384,9 +427,11 @@ void SpectrumView::showSelection() {
 }
 
 void SpectrumView::mousePressEvent(QMouseEvent* event) {
-    const bool selecting = rangeSelectionMode_ || (event->modifiers() & Qt::ShiftModifier);
-    if (event->button() == Qt::LeftButton && selecting && !graphSpectrum_.empty()) {
-        drag_ = Drag::Selecting;
+    const bool shift = event->modifiers() & Qt::ShiftModifier;
+    if (event->button() == Qt::LeftButton && !graphSpectrum_.empty() &&
+        (rangeSelectionMode_ || shift || peakPlacingMode_)) {
+        // While placing peaks a click places one; a drag still selects in range mode.
+        drag_ = peakPlacingMode_ && !shift ? Drag::Placing : Drag::Selecting;
         dragStart_ = event->position();
         return;
     }
@@ -401,6 +446,10 @@ void SpectrumView::mousePressEvent(QMouseEvent* event) {
 
 void SpectrumView::mouseMoveEvent(QMouseEvent* event) {
     const QPointF pos = event->position();
+    if (drag_ == Drag::Placing && rangeSelectionMode_ &&
+        std::abs(pos.x() - dragStart_.x()) > kClickDistance) {
+        drag_ = Drag::Selecting;
+    }
     if (drag_ == Drag::Selecting) {
         const double a = xAxis->pixelToCoord(dragStart_.x());
         const double b = xAxis->pixelToCoord(pos.x());
@@ -430,6 +479,14 @@ void SpectrumView::mouseReleaseEvent(QMouseEvent* event) {
     }
     if (drag_ == Drag::Panning) {
         drag_ = Drag::None;
+        return;
+    }
+    if (drag_ == Drag::Placing) {
+        drag_ = Drag::None;
+        const int spectrum = primaryVisibleSpectrum();
+        if (std::abs(event->position().x() - dragStart_.x()) <= kClickDistance && spectrum >= 0) {
+            emit peakPlaced(peakPositionAt(spectrum, event->position().x()));
+        }
         return;
     }
     QCustomPlot::mouseReleaseEvent(event);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "shell/ProgramState.h"
+#include "ui/ViewOverlays.h"
 
 #include <qcustomplot.h>
 
@@ -17,17 +18,15 @@ QColor spectrumColour(const PAINTINGGLOBALS& painting, int spectrum);
 /// The x-axis title of a data type: "Raman shift / cm-1", "Energy" or "2-theta / deg".
 QString xAxisTitleFor(const std::string& dataType);
 
-/// An x-range of the view in data units, start <= end.
-struct XRange {
-    double start = 0.0;
-    double end = 0.0;
-};
+/// The unit suffix of x values of a data type: " cm-1", " deg", or empty for energy.
+QString xUnitFor(const std::string& dataType);
 
 /// Mouse and keys: moving the mouse moves the cross-hair along the cross-hair spectrum (the
 /// primary one unless Up/Down chose another); Left/Right move it one point. Left-drag zooms into
 /// a box, the wheel zooms x (with Ctrl: y), middle-drag pans, a double click zooms full.
 /// Shift+left-drag (or any left-drag in range-selection mode) selects an x-range; a click
 /// without dragging clears it, and so does Escape. The right button asks for a pop-up menu.
+/// In peak-placing mode a left click (without Shift) places a peak instead of zooming.
 class SpectrumView : public QCustomPlot {
     Q_OBJECT
 
@@ -48,6 +47,10 @@ public:
 
     /// Shows the whole of every visible spectrum.
     void ZOOM_OUT();
+
+    /// Shows `range` with half its width to spare on either side (within the spectra), the y
+    /// axis fitted to what is drawn there.
+    void zoomTo(const XRange& range);
 
     /// Moves the cross-hair for an arrow key: Left/Right one point (in screen direction, also
     /// with a reversed axis), Up/Down to the next visible spectrum above or below. False for any
@@ -70,11 +73,31 @@ public:
     /// Spectrum numbers (0-based) of the drawn curves, in drawing order.
     const std::vector<int>& drawnSpectra() const { return graphSpectrum_; }
 
+    /// The overlays of the modes (ViewOverlays.cpp); each redraws at once and is kept until
+    /// replaced or cleared. Overlays of a spectrum that is no longer drawn are not shown.
+    void setReferenceOverlay(std::optional<ReferenceOverlay> overlay);
+    const std::optional<ReferenceOverlay>& referenceOverlay() const { return reference_; }
+    void setFitOverlay(std::optional<FitOverlay> overlay);
+    const std::optional<FitOverlay>& fitOverlay() const { return fit_; }
+    void setPeakMarks(PeakMarks marks);
+    const PeakMarks& peakMarks() const { return marks_; }
+    /// The strip below the view that shows the residual of a fit; null while there is none.
+    QCPAxisRect* residualRect() const { return residualShown_ ? residualRect_ : nullptr; }
+
+    void setPeakPlacingMode(bool on) { peakPlacingMode_ = on; }
+    bool peakPlacingMode() const { return peakPlacingMode_; }
+
+    /// Where a click at pixel x places a peak on `spectrum`: the highest point within a few
+    /// pixels (a click beside a top still means that top).
+    double peakPositionAt(int spectrum, double pixelX) const;
+
 signals:
     void crosshairMoved(int spectrum, int point);
     void selectionChanged();
     /// The right button was pressed over a spectrum (its index) or the empty view (-1).
     void popupRequested(const QPoint& globalPos, int spectrum);
+    /// A left click in peak-placing mode, at this x (data units).
+    void peakPlaced(double x);
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -97,6 +120,13 @@ private:
     void showSelection();
     int nearestPoint(int spectrum, double x) const;
     int primaryVisibleSpectrum() const;
+    // Overlays (ViewOverlays.cpp), drawn by ORGANIZE_PAINTING after the spectra.
+    void drawOverlays();
+    void drawReference();
+    void drawFit();
+    void drawPeakMarks();
+    void showResidualStrip(bool shown);
+    bool isDrawn(int spectrum) const;
 
     ProgramState& state_;
     std::vector<int> graphSpectrum_;
@@ -111,9 +141,17 @@ private:
     int crosshairPoint_ = -1;
     std::optional<XRange> selection_;
     bool rangeSelectionMode_ = false;
+    bool peakPlacingMode_ = false;
+    std::optional<ReferenceOverlay> reference_;
+    std::optional<FitOverlay> fit_;
+    PeakMarks marks_;
+    std::vector<QCPAbstractItem*> markItems_;
+    QCPAxisRect* residualRect_ = nullptr;
+    QCPMarginGroup* marginGroup_ = nullptr;
+    bool residualShown_ = false;
     bool userZoomed_ = false;
     bool settingRanges_ = false;
-    enum class Drag { None, Selecting, Panning } drag_ = Drag::None;
+    enum class Drag { None, Selecting, Panning, Placing } drag_ = Drag::None;
     QPointF dragStart_;
     Ranges dragStartRanges_;
 };

@@ -13,6 +13,10 @@ void UserInteraction::showError(QWidget* parent, const QString& text, const QStr
     QMessageBox::critical(parent, title, text);
 }
 
+void UserInteraction::showInformation(QWidget* parent, const QString& text, const QString& title) {
+    QMessageBox::information(parent, title, text);
+}
+
 bool UserInteraction::askYesNo(QWidget* parent, const QString& question, const QString& title) {
     return QMessageBox::question(parent, title, question, QMessageBox::Yes | QMessageBox::No,
                                  QMessageBox::No) == QMessageBox::Yes;

@@ -20,6 +20,9 @@ public:
     /// A message box with a stop icon and an OK button.
     virtual void showError(QWidget* parent, const QString& text, const QString& title);
 
+    /// A message box with an information icon and an OK button.
+    virtual void showInformation(QWidget* parent, const QString& text, const QString& title);
+
     /// A question with the buttons Yes and No; true for Yes.
     virtual bool askYesNo(QWidget* parent, const QString& question, const QString& title);
 

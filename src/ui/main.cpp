@@ -2,6 +2,7 @@
 #include "common/WorkingFolders.h"
 #include "ui/HelpPages.h"
 #include "ui/MainWndProc.h"
+#include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
 
 #include <QApplication>
@@ -39,7 +40,11 @@ int main(int argc, char** argv) {
                                         QStringLiteral("Save the window as an image and quit."),
                                         QStringLiteral("FILE"));
     screenshotOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({homeOption, commandOption, screenshotOption});
+    QCommandLineOption rangeOption(QStringLiteral("select-range"),
+                                   QStringLiteral("Select the x-range LO:HI before the commands."),
+                                   QStringLiteral("LO:HI"));
+    rangeOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption});
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -52,6 +57,12 @@ int main(int argc, char** argv) {
     ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), nullptr});
     window.startUp();
     window.openFiles(parser.positionalArguments());
+    if (parser.isSet(rangeOption)) {
+        const QStringList bounds = parser.value(rangeOption).split(QLatin1Char(':'));
+        if (bounds.size() == 2) {
+            window.view()->setSelectedRange(ui::XRange{bounds[0].toDouble(), bounds[1].toDouble()});
+        }
+    }
     for (const QString& command : parser.values(commandOption)) {
         window.dispatch(command.toInt());
     }

@@ -172,7 +172,7 @@ void MenuTest::everyCommandDispatchesOrIsGreyed() {
         {30003, done, done},     {30019, greyed, done},   {30004, greyed, greyed},
         {30005, greyed, greyed}, {30006, greyed, done},   {30007, done, done},
         {30008, greyed, greyed}, {30032, greyed, greyed}, {30062, done, done},
-        {30033, done, done},     {30050, greyed, greyed}, {30034, greyed, greyed},
+        {30033, done, done},     {30050, greyed, done},   {30034, greyed, done},
         {30017, greyed, greyed}, {30012, done, done},     {30013, done, done},
         {30014, done, done},     {30015, done, done},     {30031, greyed, done},
         {30018, done, done},     {30016, greyed, greyed}, {30035, greyed, greyed},
@@ -215,6 +215,12 @@ void MenuTest::consistencyExamAsksItsQuestion() {
     QCOMPARE(fixture.interaction->questions[0].text,
              QStringLiteral("Run Consistency Exam? The Process Can Take Several Hours!"));
     QCOMPARE(fixture.interaction->questions[0].title,
+             QStringLiteral("Raman Library Consistency Exam"));
+    QVERIFY(fixture.interaction->informations.empty());
+    fixture.interaction->answerYes = true;
+    fixture.window->dispatch(ui::kCmdConsistencyExam);
+    QCOMPARE(fixture.interaction->informations.size(), std::size_t{1});
+    QCOMPARE(fixture.interaction->informations[0].title,
              QStringLiteral("Raman Library Consistency Exam"));
 }
 

@@ -25,6 +25,7 @@ public:
         QString title;
     };
     std::vector<Message> errors;
+    std::vector<Message> informations;
     std::vector<Message> questions;
     std::vector<QString> dialogs; ///< window titles of the modal dialogs run
     std::vector<QUrl> openedUrls;
@@ -36,6 +37,9 @@ public:
 
     void showError(QWidget*, const QString& text, const QString& title) override {
         errors.push_back({text, title});
+    }
+    void showInformation(QWidget*, const QString& text, const QString& title) override {
+        informations.push_back({text, title});
     }
     bool askYesNo(QWidget*, const QString& question, const QString& title) override {
         questions.push_back({question, title});
@@ -58,9 +62,25 @@ public:
     }
 };
 
-/// A started main window over a fresh state and home folder.
+/// A started main window over a fresh state and home folder; its library folder is empty, or
+/// holds the default library (compiled at start).
 struct WindowFixture {
+    struct DefaultLibrary {};
+
     explicit WindowFixture(std::filesystem::path docs = sourcePath("docs")) {
+        start(std::move(docs));
+    }
+    explicit WindowFixture(DefaultLibrary) {
+        const std::filesystem::path library = home.path() / "SearchRecords" / "RamanLib";
+        std::filesystem::create_directories(library);
+        for (const auto& file :
+             std::filesystem::directory_iterator(sourcePath("data/raman/model_library"))) {
+            std::filesystem::copy_file(file.path(), library / file.path().filename());
+        }
+        start(sourcePath("docs"));
+    }
+
+    void start(std::filesystem::path docs) {
         window = std::make_unique<ui::MainWndProc>(
             state, ui::MainWindowOptions{home.path(), std::move(docs), interaction});
         window->startUp();

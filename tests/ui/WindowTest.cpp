@@ -12,6 +12,7 @@
 #include "ui/SpectrumDialogs.h"
 #include "ui/SpectrumView.h"
 
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPrinter>
 #include <QSignalSpy>
@@ -78,6 +79,7 @@ void WindowTest::startUpRunsInItsOrder() {
                              referenceWritten =
                                  std::filesystem::exists(home.path() / "ForReference.txt");
                              reportProgress(progress, "Compiling Library...", 1.0);
+                             return std::optional<LibraryCompilation>();
                          },
                          {}});
     window.startUp();
@@ -275,6 +277,9 @@ void WindowTest::longOperationsKeepTheWindowAlive() {
     QObject::connect(&timer, &QTimer::timeout, [&ticks] { ++ticks; });
     timer.start(5);
     bool ranElsewhere = false;
+    auto* field = new QLineEdit(&window);
+    window.show();
+    QTimer::singleShot(20, field, [field] { QTest::keyClick(field, Qt::Key_A); });
     ui::runWithProgress(&window, QStringLiteral("Working"), [&](const ProgressCallback& progress) {
         ranElsewhere = QThread::currentThread() != window.thread();
         for (int step = 1; step <= 10; ++step) {
@@ -284,6 +289,7 @@ void WindowTest::longOperationsKeepTheWindowAlive() {
     });
     QVERIFY(ranElsewhere);
     QVERIFY2(ticks > 3, "the window's event loop ran during the job");
+    QVERIFY2(field->text().isEmpty(), "the user's input waits until the job has ended");
 
     bool thrown = false;
     try {

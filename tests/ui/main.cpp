@@ -1,5 +1,7 @@
 // Runs the desktop program's test classes in one executable (offscreen platform).
+#include "EditSpectrumTest.h"
 #include "MenuTest.h"
+#include "RamanSearchTest.h"
 #include "WindowTest.h"
 
 #include <QApplication>
@@ -12,5 +14,9 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&menus, argc, argv);
     quarvex::test::WindowTest window;
     failures += QTest::qExec(&window, argc, argv);
+    quarvex::test::RamanSearchTest ramanSearch;
+    failures += QTest::qExec(&ramanSearch, argc, argv);
+    quarvex::test::EditSpectrumTest editSpectrum;
+    failures += QTest::qExec(&editSpectrum, argc, argv);
     return failures == 0 ? 0 : 1;
 }

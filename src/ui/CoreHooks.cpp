@@ -1,0 +1,34 @@
+// The start-up library compilation of the desktop program.
+#include "ui/CoreHooks.h"
+
+#include "common/WorkingFolders.h"
+
+namespace quarvex::ui {
+
+CoreHooks defaultCoreHooks() {
+    CoreHooks hooks;
+    hooks.compileLibraryAtStart = [](ProgramState& state, const ProgressCallback& progress) {
+        const std::filesystem::path& home = state.quarvex.programFolder;
+        std::error_code ignored;
+        std::optional<LibraryCompilation> compiled;
+        if (state.quarvex.preferences.compileLibraryAtStart ||
+            !std::filesystem::exists(ramanLibraryFolder(home) / kSlowLibraryFile, ignored)) {
+            compiled = CREATE_SEARCH_LIB(home, progress);
+        }
+        return compiled;
+    };
+    return hooks;
+}
+
+std::string compilationSummary(const LibraryCompilation& compilation) {
+    std::string text = "Raman library compiled: " + std::to_string(compilation.entries) +
+                       (compilation.entries == 1 ? " entry" : " entries");
+    const std::size_t skipped = compilation.skipped.size();
+    if (skipped > 0) {
+        text += ", " + std::to_string(skipped) + (skipped == 1 ? " file" : " files") +
+                " left out (see Raman Search)";
+    }
+    return text;
+}
+
+} // namespace quarvex::ui

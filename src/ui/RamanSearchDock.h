@@ -1,0 +1,89 @@
+// The "Raman Search" mode: the active spectrum searched against the Raman library over a
+// selected range, the ranked results, and the chosen reference drawn over the unknown.
+#pragma once
+
+#include "library/CreateLibraryFile.h"
+#include "ui/ModeContext.h"
+#include "ui/ViewOverlays.h"
+
+#include <QDockWidget>
+
+#include <optional>
+#include <string>
+
+class QLabel;
+class QPushButton;
+class QTreeWidget;
+
+namespace quarvex::ui {
+
+class RangeEditor;
+
+/// Its buttons ask the main window to dispatch their commands (Search, Compile Library,
+/// Consistency Exam...), which then call search() and compileLibrary(). Selecting a result
+/// overlays that reference spectrum on the unknown; a search selects the best match at once.
+class RamanSearchDock : public QDockWidget {
+    Q_OBJECT
+
+public:
+    RamanSearchDock(ModeContext context, QWidget* parent = nullptr);
+
+    /// After spectra, the primary spectrum or the preferences changed: the unknown's name, the
+    /// default range; results of a spectrum that is gone are cleared.
+    void spectraChanged();
+
+    /// The mode was opened (again): the selected result is drawn over the unknown again.
+    void activate();
+
+    /// Searches the active spectrum over the range shown, in a worker thread behind a progress
+    /// dialog ("Compiling Library..." first when the library is missing, then "Searching
+    /// Selected Area..."). Throws QuarvexError as searchLibrary does; earlier results stay.
+    void search();
+
+    /// Compiles the library of the home folder behind a progress dialog. Throws QuarvexError.
+    void compileLibrary();
+
+    /// Shows what a compilation did (at start-up or from the button) in the library line.
+    void showCompilation(const LibraryCompilation& compilation);
+
+    /// The range the next search covers; nullopt when nothing is loaded.
+    std::optional<XRange> searchRange() const;
+
+    /// The result list: one row per shown entry, best first.
+    QTreeWidget* results() const { return results_; }
+
+    /// Lists `preferences.resultsShown` more entries of the last search.
+    void showMore();
+
+signals:
+    void commandRequested(int command);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    std::optional<XRange> defaultRange(QString& note) const;
+    void fillResults();
+    void overlaySelected();
+    void clearResults();
+    void updateButtons();
+
+    ModeContext context_;
+    QLabel* unknownLabel_ = nullptr;
+    RangeEditor* range_ = nullptr;
+    QPushButton* searchButton_ = nullptr;
+    QPushButton* compileButton_ = nullptr;
+    QPushButton* examButton_ = nullptr;
+    QPushButton* moreButton_ = nullptr;
+    QLabel* summary_ = nullptr;
+    QTreeWidget* results_ = nullptr;
+    QLabel* details_ = nullptr;
+    QLabel* libraryLabel_ = nullptr;
+    std::optional<LibraryCompilation> compilation_;
+    int shown_ = 0;
+    int searchedSpectrum_ = -1; ///< the unknown of the results shown
+    std::string searchedPath_;
+    XRange searchedRange_;
+};
+
+} // namespace quarvex::ui

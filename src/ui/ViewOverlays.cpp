@@ -1,0 +1,288 @@
+// Drawing the modes' overlays on the view: a reference spectrum matched to the unknown, a peak
+// fit with its components and residual strip, and peak marks.
+#include "ui/SpectrumView.h"
+
+#include "specdata/SpecDataArrange.h"
+#include "ui/ModeContext.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quarvex::ui {
+
+namespace {
+
+constexpr double kSnapPixels = 6.0; // a placing click means the highest point this near
+const QColor kReferenceColour(33, 33, 33);
+const QColor kFitColour(20, 20, 20);
+const QColor kComponentColour(0, 137, 123);
+const QColor kBackgroundColour(120, 120, 120);
+const QColor kResidualColour(84, 110, 122);
+const QColor kFoundColour(55, 71, 79);
+const QColor kPlacedColour(30, 136, 229);
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+// The smallest and largest of values[first, first + count).
+std::pair<double, double> extremes(std::span<const float> values, PointRun run) {
+    const auto part = values.subspan(run.first, run.count);
+    const auto [low, high] = std::minmax_element(part.begin(), part.end());
+    return {*low, *high};
+}
+
+QCPGraph* addCurve(QCustomPlot& plot, QCPAxis* x, QCPAxis* y, const QPen& pen,
+                   const QString& legend) {
+    QCPGraph* graph = plot.addGraph(x, y);
+    graph->setPen(pen);
+    graph->setSelectable(QCP::stNone);
+    graph->setName(legend);
+    if (legend.isEmpty()) {
+        graph->removeFromLegend();
+    }
+    return graph;
+}
+
+} // namespace
+
+bool SpectrumView::isDrawn(int spectrum) const {
+    return std::find(graphSpectrum_.begin(), graphSpectrum_.end(), spectrum) !=
+           graphSpectrum_.end();
+}
+
+void SpectrumView::setReferenceOverlay(std::optional<ReferenceOverlay> overlay) {
+    reference_ = std::move(overlay);
+    ORGANIZE_PAINTING();
+}
+
+void SpectrumView::setFitOverlay(std::optional<FitOverlay> overlay) {
+    fit_ = std::move(overlay);
+    ORGANIZE_PAINTING();
+}
+
+void SpectrumView::setPeakMarks(PeakMarks marks) {
+    marks_ = std::move(marks);
+    ORGANIZE_PAINTING();
+}
+
+double SpectrumView::peakPositionAt(int spectrum, double pixelX) const {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const double a = xAxis->pixelToCoord(pixelX - kSnapPixels);
+    const double b = xAxis->pixelToCoord(pixelX + kSnapPixels);
+    const auto x = s.xValues(spectrum);
+    const PointRun run = pointsWithin(x, std::min(a, b), std::max(a, b));
+    if (run.count == 0) {
+        return xAxis->pixelToCoord(pixelX);
+    }
+    const auto y = s.yValues(spectrum).subspan(run.first, run.count);
+    return x[run.first +
+             static_cast<std::size_t>(std::max_element(y.begin(), y.end()) - y.begin())];
+}
+
+void SpectrumView::drawOverlays() {
+    for (QCPAbstractItem* item : markItems_) {
+        removeItem(item);
+    }
+    markItems_.clear();
+    const bool fitShown = fit_ && isDrawn(fit_->spectrum) && !fit_->x.empty();
+    showResidualStrip(fitShown);
+    drawReference();
+    if (fitShown) {
+        drawFit();
+    }
+    drawPeakMarks();
+}
+
+void SpectrumView::drawReference() {
+    if (!reference_ || !isDrawn(reference_->spectrum) || reference_->x.empty()) {
+        return;
+    }
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const ReferenceOverlay& r = *reference_;
+    const int k = r.spectrum;
+    PointRun unknown = pointsWithin(s.xValues(k), r.range.start, r.range.end);
+    PointRun reference = pointsWithin(r.x, r.range.start, r.range.end);
+    if (unknown.count == 0 || reference.count < 2) {
+        return;
+    }
+    auto [uLow, uHigh] = extremes(s.yValues(k), unknown);
+    uLow = drawnY(s, k, static_cast<float>(uLow));
+    uHigh = drawnY(s, k, static_cast<float>(uHigh));
+    const auto [rLow, rHigh] = extremes(r.y, reference);
+    if (!(rHigh > rLow)) {
+        return;
+    }
+    const double factor = (uHigh - uLow) / (rHigh - rLow);
+    QVector<QCPGraphData> points;
+    points.reserve(static_cast<qsizetype>(reference.count));
+    for (std::size_t i = reference.first; i < reference.first + reference.count; ++i) {
+        points.append({r.x[i], uLow + (r.y[i] - rLow) * factor});
+    }
+    QCPGraph* graph = addCurve(*this, xAxis, yAxis,
+                               QPen(kReferenceColour, 1.4, Qt::DashLine, Qt::FlatCap), r.legend);
+    graph->data()->set(points, true);
+    graph->setLayer(primaryLayer_); // over the unknown
+}
+
+void SpectrumView::drawFit() {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const FitOverlay& f = *fit_;
+    const int k = f.spectrum;
+    const auto drawn = [&](float value) { return static_cast<double>(drawnY(s, k, value)); };
+    const auto curve = [&f](const auto& value) {
+        QVector<QCPGraphData> points(static_cast<qsizetype>(f.x.size()));
+        for (std::size_t i = 0; i < f.x.size(); ++i) {
+            points[static_cast<qsizetype>(i)] = {f.x[i], value(i)};
+        }
+        return points;
+    };
+
+    QCPGraph* background =
+        addCurve(*this, xAxis, yAxis, QPen(kBackgroundColour, 1.0, Qt::DotLine), QString());
+    background->data()->set(curve([&](std::size_t) { return drawn(f.background); }), true);
+    QColor fill = kComponentColour;
+    fill.setAlpha(46);
+    for (std::size_t c = 0; c < f.components.size(); ++c) {
+        const auto& component = f.components[c];
+        QCPGraph* graph = addCurve(*this, xAxis, yAxis, QPen(kComponentColour, 1.2),
+                                   c == 0 ? QStringLiteral("Fitted peaks") : QString());
+        graph->data()->set(curve([&](std::size_t i) { return drawn(f.background + component[i]); }),
+                           true);
+        graph->setBrush(fill);
+        graph->setChannelFillGraph(background);
+    }
+    QCPGraph* fitted = addCurve(*this, xAxis, yAxis, QPen(kFitColour, 1.6), f.legend);
+    fitted->data()->set(curve([&](std::size_t i) { return drawn(f.fitted[i]); }), true);
+    fitted->setLayer(primaryLayer_);
+
+    QCPAxis* rx = residualRect_->axis(QCPAxis::atBottom);
+    QCPAxis* ry = residualRect_->axis(QCPAxis::atLeft);
+    addCurve(*this, rx, ry, QPen(kBackgroundColour, 1.0, Qt::DashLine), QString())
+        ->data()
+        ->set(curve([](std::size_t) { return 0.0; }), true);
+    double largest = 0.0;
+    QCPGraph* residual = addCurve(*this, rx, ry, QPen(kResidualColour, 1.2), QString());
+    residual->data()->set(curve([&](std::size_t i) {
+                              const double r = f.measured[i] - f.fitted[i];
+                              largest = std::max(largest, std::abs(r));
+                              return r;
+                          }),
+                          true);
+    const double half = largest > 0.0 ? largest * 1.15 : 1.0;
+    ry->setRange(-half, half);
+}
+
+void SpectrumView::showResidualStrip(bool shown) {
+    if (shown && residualRect_ == nullptr) {
+        residualRect_ = new QCPAxisRect(this);
+        marginGroup_ = new QCPMarginGroup(this);
+        axisRect()->setMarginGroup(QCP::msLeft | QCP::msRight, marginGroup_);
+        residualRect_->setMarginGroup(QCP::msLeft | QCP::msRight, marginGroup_);
+        residualRect_->setRangeDrag(Qt::Horizontal);
+        residualRect_->setRangeZoom(Qt::Horizontal);
+        residualRect_->setMinimumSize(0, 70);
+        for (QCPAxis* axis : residualRect_->axes()) {
+            axis->setBasePen(xAxis->basePen());
+            axis->setTickPen(xAxis->tickPen());
+            axis->setSubTickPen(xAxis->subTickPen());
+            axis->setTickLabelColor(xAxis->tickLabelColor());
+            axis->setLabelColor(xAxis->labelColor());
+            axis->setLabelFont(xAxis->labelFont());
+            axis->grid()->setPen(xAxis->grid()->pen());
+            axis->grid()->setZeroLinePen(Qt::NoPen);
+        }
+        residualRect_->axis(QCPAxis::atTop)->setVisible(true);
+        residualRect_->axis(QCPAxis::atRight)->setVisible(true);
+        for (QCPAxis* frame :
+             {residualRect_->axis(QCPAxis::atTop), residualRect_->axis(QCPAxis::atRight)}) {
+            frame->setTicks(false);
+            frame->setTickLabels(false);
+        }
+        QCPAxis* ry = residualRect_->axis(QCPAxis::atLeft);
+        ry->setLabel(QStringLiteral("Residual"));
+        ry->ticker()->setTickCount(3);
+        QCPAxis* rx = residualRect_->axis(QCPAxis::atBottom);
+        rx->ticker()->setTickCount(9);
+        connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), rx,
+                qOverload<const QCPRange&>(&QCPAxis::setRange));
+        connect(rx, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), xAxis,
+                qOverload<const QCPRange&>(&QCPAxis::setRange));
+    }
+    if (shown != residualShown_) {
+        if (shown) {
+            plotLayout()->addElement(1, 0, residualRect_);
+            plotLayout()->setRowStretchFactors({4.0, 1.0});
+            plotLayout()->setRowSpacing(0);
+        } else {
+            plotLayout()->take(residualRect_);
+            plotLayout()->simplify();
+        }
+        residualShown_ = shown;
+    }
+    // The x axis with its numbers and title moves below the strip while it is shown.
+    xAxis->setTickLabels(!shown);
+    if (shown) {
+        QCPAxis* rx = residualRect_->axis(QCPAxis::atBottom);
+        rx->setLabel(xAxis->label());
+        rx->setRangeReversed(xAxis->rangeReversed());
+        rx->setRange(xAxis->range());
+        rx->grid()->setVisible(xAxis->grid()->visible());
+        residualRect_->axis(QCPAxis::atLeft)->grid()->setVisible(false);
+        xAxis->setLabel(QString());
+    }
+}
+
+void SpectrumView::drawPeakMarks() {
+    const int k = marks_.spectrum;
+    if (!isDrawn(k)) {
+        return;
+    }
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    QFont labelFont = font();
+    labelFont.setPointSizeF(std::max(7.0, labelFont.pointSizeF() - 1.0));
+    for (const float x : marks_.found) {
+        const int point = nearestPoint(k, x);
+        auto* top = new QCPItemTracer(this);
+        top->setStyle(QCPItemTracer::tsNone);
+        top->position->setCoords(x, drawnY(s, k, s.yValues(k)[at(point)]));
+        auto* label = new QCPItemText(this);
+        label->position->setType(QCPItemPosition::ptAbsolute);
+        label->position->setParentAnchor(top->position);
+        label->position->setCoords(0.0, -22.0);
+        label->setPositionAlignment(Qt::AlignBottom | Qt::AlignHCenter);
+        label->setText(QString::number(x, 'f', 1));
+        label->setFont(labelFont);
+        label->setColor(kFoundColour);
+        auto* arrow = new QCPItemLine(this);
+        arrow->start->setParentAnchor(label->bottom);
+        arrow->end->setParentAnchor(top->position);
+        arrow->end->setCoords(0.0, -3.0);
+        arrow->setPen(QPen(kFoundColour, 1.0));
+        arrow->setHead(QCPLineEnding(QCPLineEnding::esSpikeArrow, 6.0, 8.0));
+        markItems_.insert(markItems_.end(), {top, label, arrow});
+    }
+    for (const float x : marks_.placed) {
+        auto* line = new QCPItemStraightLine(this);
+        line->point1->setCoords(x, 0.0);
+        line->point2->setCoords(x, 1.0);
+        line->setPen(QPen(kPlacedColour, 1.2, Qt::DashLine));
+        auto* label = new QCPItemText(this);
+        label->position->setTypeX(QCPItemPosition::ptPlotCoords);
+        label->position->setTypeY(QCPItemPosition::ptAxisRectRatio);
+        label->position->setCoords(x, 0.0);
+        label->setPositionAlignment(Qt::AlignTop | Qt::AlignHCenter);
+        label->setText(QString::number(x, 'f', 1));
+        label->setFont(labelFont);
+        label->setColor(kPlacedColour);
+        label->setBrush(QColor(255, 255, 255, 220));
+        label->setPadding(QMargins(3, 1, 3, 1));
+        markItems_.insert(markItems_.end(), {line, label});
+    }
+    for (QCPAbstractItem* item : markItems_) {
+        item->setSelectable(false);
+        item->setLayer(primaryLayer_);
+    }
+}
+
+} // namespace quarvex::ui

@@ -1,0 +1,48 @@
+// What the modes draw over the loaded spectra: a reference spectrum, a peak fit with its
+// residual, and marks at peak positions.
+#pragma once
+
+#include <QString>
+
+#include <vector>
+
+namespace quarvex::ui {
+
+/// An x-range of the view in data units, start <= end.
+struct XRange {
+    double start = 0.0;
+    double end = 0.0;
+};
+
+/// A reference spectrum drawn over an unknown (dashed, with a legend entry). It is not one of
+/// the loaded spectra: its values are mapped so that over `range` its lowest and highest points
+/// meet those of the unknown as drawn, wherever the unknown is stacked and however scaled.
+struct ReferenceOverlay {
+    QString legend;
+    std::vector<float> x; ///< ascending, as read from the reference file
+    std::vector<float> y;
+    int spectrum = -1; ///< the unknown (0-based)
+    XRange range;      ///< where the two are matched (the searched area)
+};
+
+/// A peak fit of a window of one spectrum, in the spectrum's own units: drawn with the
+/// spectrum's scaling, the residual in a strip below the view.
+struct FitOverlay {
+    int spectrum = -1;
+    QString legend;
+    std::vector<float> x;                       ///< the window's abscissae
+    std::vector<float> measured;                ///< the spectrum's values at x
+    std::vector<float> fitted;                  ///< the fitted curve (with the background)
+    std::vector<std::vector<float>> components; ///< each peak alone, without the background
+    float background = 0.0F;
+};
+
+/// Marks on one spectrum: peaks found by the peak search (labelled arrows) and the starting
+/// positions the user placed for a fit (vertical lines).
+struct PeakMarks {
+    int spectrum = -1;
+    std::vector<float> found;
+    std::vector<float> placed;
+};
+
+} // namespace quarvex::ui
