@@ -1,6 +1,5 @@
 // quarvex-cli info: load spectrum files and describe each loaded spectrum.
-#include "cli/CliCommand.h"
-#include "cli/JsonOutput.h"
+#include "cli/FileListOutput.h"
 #include "specdata/SpecDataManager.h"
 
 #include <iostream>
@@ -9,11 +8,6 @@
 namespace quarvex::cli {
 
 namespace {
-
-struct InfoOptions {
-    std::vector<std::string> files;
-    bool json = false;
-};
 
 Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k) {
     const auto i = static_cast<std::size_t>(k);
@@ -49,39 +43,22 @@ void printSpectrum(const Json& s) {
               << "  chemistry  " << s["chemistry"].get<std::string>() << '\n';
 }
 
-int runInfo(const InfoOptions& options, ProgramState& state) {
-    int status = 0;
-    for (const std::string& file : options.files) {
-        try {
-            READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
-        } catch (const std::exception& error) {
-            printError(error);
-            status = 1;
-        }
-    }
-    Json spectra = Json::array();
-    for (int k = 0; k < state.specdata.count(); ++k) {
-        spectra.push_back(spectrumJson(state.specdata, k));
-    }
-    if (options.json) {
-        std::cout << Json{{"spectra", spectra}}.dump(2) << '\n';
-    } else {
-        for (const Json& spectrum : spectra) {
-            printSpectrum(spectrum);
-        }
-    }
-    return status;
-}
-
 } // namespace
 
 CliCommand addInfoCommand(CLI::App& app) {
-    auto options = std::make_shared<InfoOptions>();
+    auto options = std::make_shared<FileListOptions>();
     CLI::App* info = app.add_subcommand(
         "info", "Load spectrum files and print, per spectrum, its points, ranges and header");
-    info->add_option("files", options->files, "Spectrum files (.grelt, .txt, .dat)")->required();
-    info->add_flag("--json", options->json, "Print JSON instead of text");
-    return {info, [options](ProgramState& state) { return runInfo(*options, state); }};
+    addFileListOptions(*info, *options, "Spectrum files (.grelt, .txt, .dat)");
+    return {info, [options](ProgramState& state) {
+                return loadFilesAndDescribe(
+                    *options, "spectra",
+                    [&](const std::string& file) {
+                        READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+                    },
+                    [&] { return state.specdata.count(); },
+                    [&](int k) { return spectrumJson(state.specdata, k); }, printSpectrum);
+            }};
 }
 
 } // namespace quarvex::cli

@@ -1,7 +1,6 @@
 // quarvex-cli xray-ref: read reference diffraction-data files and list their cells, modes and
 // reflections.
-#include "cli/CliCommand.h"
-#include "cli/JsonOutput.h"
+#include "cli/FileListOutput.h"
 #include "common/TextUtils.h"
 #include "xray/XrayDataAndFileManager.h"
 
@@ -12,11 +11,6 @@
 namespace quarvex::cli {
 
 namespace {
-
-struct XrayRefOptions {
-    std::vector<std::string> files;
-    bool json = false;
-};
 
 Json patternJson(const DIFF_GLOBALS& diff, int p) {
     const auto k = static_cast<std::size_t>(p);
@@ -82,40 +76,23 @@ void printPattern(const Json& p) {
     }
 }
 
-int runXrayRef(const XrayRefOptions& options, ProgramState& state) {
-    int status = 0;
-    const auto importFolder = GET_IMPDIFF_PATH(state.quarvex.programFolder);
-    for (const std::string& file : options.files) {
-        try {
-            OPEN_AND_READ_DIFF_FILE(state.diff, file, importFolder);
-        } catch (const std::exception& error) {
-            printError(error);
-            status = 1;
-        }
-    }
-    Json patterns = Json::array();
-    for (int p = 0; p < state.diff.count(); ++p) {
-        patterns.push_back(patternJson(state.diff, p));
-    }
-    if (options.json) {
-        std::cout << Json{{"patterns", patterns}}.dump(2) << '\n';
-    } else {
-        for (const Json& pattern : patterns) {
-            printPattern(pattern);
-        }
-    }
-    return status;
-}
-
 } // namespace
 
 CliCommand addXrayRefCommand(CLI::App& app) {
-    auto options = std::make_shared<XrayRefOptions>();
+    auto options = std::make_shared<FileListOptions>();
     CLI::App* command = app.add_subcommand(
         "xray-ref", "Read reference diffraction-data files and list cell, mode and reflections");
-    command->add_option("files", options->files, "Reference files (.out, .txt, .dat)")->required();
-    command->add_flag("--json", options->json, "Print JSON instead of text");
-    return {command, [options](ProgramState& state) { return runXrayRef(*options, state); }};
+    addFileListOptions(*command, *options, "Reference files (.out, .txt, .dat)");
+    return {command, [options](ProgramState& state) {
+                const auto importFolder = GET_IMPDIFF_PATH(state.quarvex.programFolder);
+                return loadFilesAndDescribe(
+                    *options, "patterns",
+                    [&](const std::string& file) {
+                        OPEN_AND_READ_DIFF_FILE(state.diff, file, importFolder);
+                    },
+                    [&] { return state.diff.count(); },
+                    [&](int p) { return patternJson(state.diff, p); }, printPattern);
+            }};
 }
 
 } // namespace quarvex::cli
