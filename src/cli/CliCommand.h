@@ -35,6 +35,7 @@ CliCommand addFitCommand(CLI::App& app);
 CliCommand addRefineCommand(CLI::App& app);
 CliCommand addXrayRefCommand(CLI::App& app);
 CliCommand addXrayRefineCommand(CLI::App& app);
+CliCommand addXrayPatternCommand(CLI::App& app);
 std::vector<CliCommand> addXrayProjectCommands(CLI::App& app);
 std::vector<CliCommand> addBenchCommands(CLI::App& app);
 std::vector<CliCommand> addLibraryCommands(CLI::App& app);

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     commands.push_back(addRefineCommand(app));
     commands.push_back(addXrayRefCommand(app));
     commands.push_back(addXrayRefineCommand(app));
+    commands.push_back(addXrayPatternCommand(app));
     for (CliCommand& command : addXrayProjectCommands(app)) {
         commands.push_back(std::move(command));
     }

@@ -148,11 +148,19 @@ XrayPeakList fitPatternPeaks(std::span<const float> x, std::span<const float> y,
               centre + kEndMarginWidths * fwhm <= x.back())) {
             peak.use = false;
         }
-        peak.dSpacing = static_cast<float>(dSpacingFromTwoTheta(centre, wavelength));
-        peak.dSpacingError = static_cast<float>(dSpacingError(centre, peak.errors[1], wavelength));
         list.append(peak);
     }
+    setPeakDSpacings(list, wavelength);
     return list;
+}
+
+void setPeakDSpacings(XrayPeakList& peaks, double wavelength) {
+    for (int k = 0; k < peaks.count(); ++k) {
+        const auto i = static_cast<std::size_t>(k);
+        const float centre = peaks.PKPRMS[i][1];
+        peaks.PKDSP[i] = static_cast<float>(dSpacingFromTwoTheta(centre, wavelength));
+        peaks.PKDERR[i] = static_cast<float>(dSpacingError(centre, peaks.PKERR[i][1], wavelength));
+    }
 }
 
 } // namespace quarvex

@@ -28,4 +28,8 @@ inline constexpr float kEndMarginWidths = 2.0F;
 XrayPeakList fitPatternPeaks(std::span<const float> x, std::span<const float> y,
                              const PeakFitSettings& settings, double wavelength);
 
+/// Sets PKDSP and PKDERR of every peak from its centre and the centre's error at `wavelength`
+/// (angstroms): after a fit, and when the user gives the pattern another wavelength.
+void setPeakDSpacings(XrayPeakList& peaks, double wavelength);
+
 } // namespace quarvex

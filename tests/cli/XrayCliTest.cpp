@@ -81,5 +81,31 @@ TEST(XrayCli, XrayRefineAndAProjectOfItsMatches) {
     EXPECT_EQ(project["phases"][0]["matches"], json["matches"]);
 }
 
+// The shipped example is what its recorded command makes, and refines to the reference cell
+// with the zero shift it was made with found again.
+TEST(XrayCli, XrayPatternMakesTheShippedExample) {
+    test::TempFolder home;
+    const auto out = home.path() / "quartz_pattern.txt";
+    const auto made = cli(
+        home, "xray-pattern " + reference("Quartz.out") +
+                  " --zero-shift 0.02 --noise 10000 --seed 7 --out " + quoted(out) +
+                  " --comment 'licence: CC0 1.0 (public domain dedication); made by the Quarvex "
+                  "developers from data/xray/reference/Quartz.out'");
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(test::readFile(out), test::readFile(test::sourcePath("examples/quartz_pattern.txt")));
+
+    const auto run = cli(home, "xray-refine --json " + quoted(out) + " " + reference("Quartz.out"));
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_NEAR(json["cell"][0].get<double>(), 4.91239, 4.91239 * 2e-4);
+    EXPECT_NEAR(json["cell"][2].get<double>(), 5.40385, 5.40385 * 2e-4);
+    EXPECT_NEAR(json["machine_error"].get<double>(), -0.02, 0.01);
+
+    const auto bad =
+        cli(home, "xray-pattern " + reference("Quartz.out") + " --fwhm 0 --out " + quoted(out));
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.err.find("X-ray Diffraction: The FWHM"), std::string::npos) << bad.err;
+}
+
 } // namespace
 } // namespace quarvex
