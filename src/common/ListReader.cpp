@@ -54,7 +54,52 @@ template <class Real> bool parseRealToken(std::string_view token, Real& value) {
     return true;
 }
 
+// The longest token the general reader converts (see parseRealToken).
+constexpr std::ptrdiff_t kLongestNumber = 64;
+
+// One plain number at `position`: no sign '+', no D exponent, no repeat count, no quotes, ended by
+// a value separator or the end. Anything else is left to the general reader.
+bool readPlainReal(const char*& position, const char* end, float& value) {
+    while (position < end && isBlank(*position)) {
+        ++position;
+    }
+    const auto [stop, ec] = std::from_chars(position, end, value);
+    if (ec != std::errc{} || stop - position > kLongestNumber ||
+        (stop != end && !isValueEnd(*stop))) {
+        return false;
+    }
+    position = stop;
+    return true;
+}
+
 } // namespace
+
+bool readRealPair(std::string_view record, float& first, float& second) {
+    const char* position = record.data();
+    const char* end = position + record.size();
+    float a = 0.0F;
+    float b = 0.0F;
+    if (readPlainReal(position, end, a)) {
+        while (position < end && isBlank(*position)) {
+            ++position;
+        }
+        if (position < end && *position == ',') {
+            ++position; // the one comma that separates the two values
+        }
+        const char* afterSeparator = position;
+        while (afterSeparator < end && isBlank(*afterSeparator)) {
+            ++afterSeparator;
+        }
+        const bool plainSecond = afterSeparator < end && *afterSeparator != ',' &&
+                                 *afterSeparator != '/' && readPlainReal(position, end, b);
+        if (plainSecond) {
+            first = a;
+            second = b;
+            return true;
+        }
+    }
+    return readAll(record, first, second);
+}
 
 bool parseReal(std::string_view token, float& value) {
     return parseRealToken(token, value);

@@ -74,4 +74,8 @@ template <class... T> bool readAll(std::string_view record, T&... values) {
     return ((reader.read(values) == FieldStatus::Assigned) && ...);
 }
 
+/// The same as `readAll(record, first, second)` for two reals, with a fast path for the plain
+/// lines that fill spectrum files ("100.5, 7.25"): numbers go straight through std::from_chars.
+bool readRealPair(std::string_view record, float& first, float& second);
+
 } // namespace quarvex

@@ -120,7 +120,7 @@ enum class PointRead { Point, NotData, NotFinite };
 // A data line holds two numbers: x, then y. Numbers that single precision cannot hold, NaN and
 // Inf are refused rather than dropped.
 PointRead readPoint(std::string_view line, float& x, float& y) {
-    if (readAll(line, x, y)) {
+    if (readRealPair(line, x, y)) {
         return std::isfinite(x) && std::isfinite(y) ? PointRead::Point : PointRead::NotFinite;
     }
     double wideX = 0.0;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <string>
 #include <vector>
 
@@ -121,6 +123,61 @@ TEST(ListReader, ReadListKeepsNullsWhileReadAllRequiresEveryValue) {
     EXPECT_EQ(y, 9.0F);
     EXPECT_FALSE(readAll("1.0 /", x, y));
     EXPECT_FALSE(readList("1.0 oops", x, y));
+}
+
+} // namespace
+} // namespace quarvex
+
+namespace quarvex {
+namespace {
+
+TEST(ListReader, ThePairFastPathReadsExactlyLikeTheGeneralReader) {
+    const char* records[] = {
+        "100.5, 7.25",
+        "100.5 7.25",
+        "\t1\t2\t",
+        "1 , 2",
+        "-0 -1e-3",
+        "1 2 trailing",
+        "1 2x",
+        "1,,2",
+        "1 /",
+        "1/2",
+        "1,",
+        "1",
+        "",
+        "+4 5",
+        "4 +5",
+        "1.5d3 2",
+        "3*2.0",
+        "2*",
+        "'1' 2",
+        "nan 1",
+        "1 inf",
+        "1e39 1",
+        "1 1e-50",
+        ".5 5.",
+        "1 2,3",
+        "0x10 1",
+        "1e 2",
+        "1 2/",
+        " , 1 2",
+        "7 'text'",
+        "1234567890123456789012345678901234567890123456789012345678901234567 1",
+    };
+    for (const char* record : records) {
+        float fastX = -7.0F;
+        float fastY = -7.0F;
+        float x = -7.0F;
+        float y = -7.0F;
+        const bool fast = readRealPair(record, fastX, fastY);
+        const bool general = readAll(record, x, y);
+        EXPECT_EQ(fast, general) << '"' << record << '"';
+        if (general) {
+            EXPECT_EQ(std::memcmp(&fastX, &x, sizeof x), 0) << '"' << record << '"';
+            EXPECT_EQ(std::memcmp(&fastY, &y, sizeof y), 0) << '"' << record << '"';
+        }
+    }
 }
 
 } // namespace
