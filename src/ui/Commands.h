@@ -45,11 +45,17 @@ inline constexpr int kCmdSelectRangeMode = 30071; ///< plain left-drag selects a
 inline constexpr int kCmdStackSpectra = 30072;    ///< stack or overlay (preference 5)
 
 // Commands of the mode docks' buttons (the docks ask the main window to dispatch them).
-inline constexpr int kCmdSearchLibrary = 30073;  ///< Raman Search: search the selected area
-inline constexpr int kCmdCompileLibrary = 30074; ///< Raman Search: compile the library
-inline constexpr int kCmdFindPeaks = 30075;      ///< Edit Spectrum: find and mark the peaks
-inline constexpr int kCmdFitPeaks = 30076;       ///< Edit Spectrum: fit the selected window
-inline constexpr int kCmdCopyFitTable = 30077;   ///< Edit Spectrum: the table to the clipboard
+inline constexpr int kCmdSearchLibrary = 30073;   ///< Raman Search: search the selected area
+inline constexpr int kCmdCompileLibrary = 30074;  ///< Raman Search: compile the library
+inline constexpr int kCmdFindPeaks = 30075;       ///< Edit Spectrum: find and mark the peaks
+inline constexpr int kCmdFitPeaks = 30076;        ///< Edit Spectrum: fit the selected window
+inline constexpr int kCmdCopyFitTable = 30077;    ///< Edit Spectrum: the table to the clipboard
+inline constexpr int kCmdOpenReference = 30078;   ///< X-ray Diffraction: open reference files
+inline constexpr int kCmdFindXrayPeaks = 30079;   ///< X-ray Diffraction: find, fit and match peaks
+inline constexpr int kCmdRefineCell = 30080;      ///< X-ray Diffraction: refine the cell
+inline constexpr int kCmdNewXrayProject = 30081;  ///< X-ray Diffraction: a new project
+inline constexpr int kCmdOpenXrayProject = 30082; ///< X-ray Diffraction: open a project
+inline constexpr int kCmdSaveXrayProject = 30083; ///< X-ray Diffraction: save the project
 
 // The X-ray Diffraction mode's own pop-up commands (its dialog dispatches them; their numbers
 // overlap the recent-file range of the main window).
@@ -58,5 +64,12 @@ inline constexpr int kCmdOpenAdjustedDif = 30040;
 inline constexpr int kCmdViewReference = 30043;
 inline constexpr int kCmdOpenGreltDatabase = 30044;
 inline constexpr int kCmdCreateSpectrumFromDif = 30046;
+
+/// What a dispatch did with a command.
+enum class DispatchResult {
+    Done,   ///< the operation ran (an error it raised was shown in a message box)
+    Greyed, ///< the command exists but cannot run now (its items are greyed)
+    Unknown ///< not a command of this dispatcher
+};
 
 } // namespace quarvex::ui

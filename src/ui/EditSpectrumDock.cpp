@@ -215,11 +215,7 @@ void EditSpectrumDock::activate() {
 }
 
 PeakFitSettings EditSpectrumDock::fitSettings() const {
-    const Preferences& p = context_.state.quarvex.preferences;
-    PeakFitSettings settings;
-    settings.profile = p.profileSetting == 1 ? PeakProfile::gaussian : PeakProfile::pseudoVoigt;
-    settings.search = {p.noiseSegments, static_cast<float>(p.peakThreshold), p.peakSmoothingPoints,
-                       p.peakMinSeparation};
+    PeakFitSettings settings = peakFitSettings(context_.state.quarvex.preferences);
     settings.maxIterations = iterationLimit_;
     return settings;
 }

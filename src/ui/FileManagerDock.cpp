@@ -3,6 +3,7 @@
 
 #include "ui/Commands.h"
 #include "ui/SpectrumView.h"
+#include "ui/ToolIcons.h"
 
 #include <QFormLayout>
 #include <QGridLayout>
@@ -27,17 +28,6 @@ constexpr const char* kDetailLabels[] = {
 
 std::size_t at(int index) {
     return static_cast<std::size_t>(index);
-}
-
-QIcon colourSwatch(const QColor& colour) {
-    QPixmap pixmap(28, 12);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colour.darker(130), 1.0));
-    painter.setBrush(colour);
-    painter.drawRoundedRect(QRectF(0.5, 0.5, 27.0, 11.0), 3.0, 3.0);
-    return QIcon(pixmap);
 }
 
 QString text(const std::string& value) {

@@ -17,19 +17,17 @@ QString full(float value) {
 
 } // namespace
 
-QString valueWithError(float value, float error) {
-    if (!std::isfinite(error) || !(error > 0.0F)) {
-        return QString::number(static_cast<double>(value), 'g', 6) +
+QString valueWithError(double value, double error) {
+    if (!std::isfinite(error) || !(error > 0.0)) {
+        return QString::number(value, 'g', 6) +
                (std::isfinite(error) ? QStringLiteral(" ± 0") : QStringLiteral(" ± n/a"));
     }
     // Two significant digits of the error; above the decimal point the digits below them
     // are rounded away too (300088 ± 6343 reads 300100 ± 6300).
-    const int decimals =
-        std::min(1 - static_cast<int>(std::floor(std::log10(static_cast<double>(error)))), 8);
-    const auto rounded = [decimals](float v) {
+    const int decimals = std::min(1 - static_cast<int>(std::floor(std::log10(error))), 8);
+    const auto rounded = [decimals](double v) {
         const double unit = std::pow(10.0, -decimals);
-        return decimals >= 0 ? static_cast<double>(v)
-                             : std::round(static_cast<double>(v) / unit) * unit;
+        return decimals >= 0 ? v : std::round(v / unit) * unit;
     };
     return QStringLiteral("%1 ± %2")
         .arg(rounded(value), 0, 'f', std::max(decimals, 0))

@@ -10,7 +10,7 @@ namespace quarvex::ui {
 
 /// "value ± error" with the error to two significant digits and the value to the same
 /// decimal place ("1086.12 ± 0.03"); "value ± n/a" when the error is not available.
-QString valueWithError(float value, float error);
+QString valueWithError(double value, double error);
 
 /// The fit as tab-separated text for a spreadsheet: spectrum, window and profile, one row per
 /// peak (centre, FWHM, height, area and mix, each followed by its standard error), then the

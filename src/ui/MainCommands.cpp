@@ -16,6 +16,7 @@
 #include "ui/RamanSearchDock.h"
 #include "ui/SpectrumDialogs.h"
 #include "ui/SpectrumView.h"
+#include "ui/XrayDiffractionDock.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -82,27 +83,16 @@ bool isMainWindowCommand(int command) {
     case kCmdFindPeaks:
     case kCmdFitPeaks:
     case kCmdCopyFitTable:
+    case kCmdOpenReference:
+    case kCmdFindXrayPeaks:
+    case kCmdRefineCell:
+    case kCmdNewXrayProject:
+    case kCmdOpenXrayProject:
+    case kCmdSaveXrayProject:
         return true;
     default:
         return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast;
     }
-}
-
-// The spectrum reader's "|"-separated filter list in the file dialog's form. "*.*" becomes "*"
-// so that files without an extension are listed too.
-QString qtFileFilter(std::string_view filters) {
-    const QStringList parts =
-        QString::fromUtf8(filters.data(), static_cast<qsizetype>(filters.size()))
-            .split(QLatin1Char('|'), Qt::SkipEmptyParts);
-    QStringList qtFilters;
-    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
-        QString label = parts[i];
-        if (parts[i + 1] == QStringLiteral("*.*")) {
-            label.replace(QStringLiteral("(*.*)"), QStringLiteral("(*)"));
-        }
-        qtFilters.append(label);
-    }
-    return qtFilters.join(QStringLiteral(";;"));
 }
 
 QString qPath(const std::filesystem::path& path) {
@@ -162,6 +152,15 @@ void MainWndProc::runCommand(int command) {
     case kCmdFitPeaks:
     case kCmdCopyFitTable:
         runModeCommand(command);
+        break;
+    case kCmdXrayMode:
+    case kCmdOpenReference:
+    case kCmdFindXrayPeaks:
+    case kCmdRefineCell:
+    case kCmdNewXrayProject:
+    case kCmdOpenXrayProject:
+    case kCmdSaveXrayProject:
+        runXrayCommand(command);
         break;
     case kCmdHelpContents:
     case kCmdHelpSearch:
@@ -262,6 +261,7 @@ void MainWndProc::refreshAfterSpectrumChange() {
     fileManager_->SET_UP_SPECDATA_BUTTONS();
     ramanSearch_->spectraChanged();
     editSpectrum_->spectraChanged();
+    xray_->spectraChanged();
     RESET_YVALS(state_.specdata);
     RESETSTACK(state_.specdata, state_.quarvex.preferences.stackSpectra);
     AFTERUPDATESP();
@@ -315,6 +315,36 @@ void MainWndProc::runModeCommand(int command) {
     case kCmdCopyFitTable:
         editSpectrum_->copyTable();
         statusBar()->showMessage(QStringLiteral("The fit table is on the clipboard."), 5000);
+        break;
+    default:
+        break; // opening the mode was all
+    }
+}
+
+// The X-ray Diffraction mode: opening it, or running one of its commands, shows its dock.
+void MainWndProc::runXrayCommand(int command) {
+    if (xray_->isHidden() || command == kCmdXrayMode) {
+        showMode(xray_);
+        xray_->activate();
+    }
+    switch (command) {
+    case kCmdOpenReference:
+        xray_->openReference();
+        break;
+    case kCmdFindXrayPeaks:
+        xray_->findPeaks();
+        break;
+    case kCmdRefineCell:
+        xray_->refine();
+        break;
+    case kCmdNewXrayProject:
+        xray_->newProject();
+        break;
+    case kCmdOpenXrayProject:
+        xray_->openProject();
+        break;
+    case kCmdSaveXrayProject:
+        xray_->saveProject();
         break;
     default:
         break; // opening the mode was all

@@ -15,6 +15,7 @@
 #include "ui/RamanSearchDock.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
+#include "ui/XrayDiffractionDock.h"
 
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -83,6 +84,9 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
         dock->hide();
     }
     buildMenus();
+    xray_ = new XrayDiffractionDock(modes, *diffractionFilePopup_, *referencePopup_, this);
+    tabifyDockWidget(editSpectrum_, xray_);
+    xray_->hide();
 
     // The window's creation: colours, drag state, preferences.
     SET_UP_RAND_BRUSHES(state_.painting);
@@ -104,6 +108,13 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
             });
     connect(ramanSearch_, &RamanSearchDock::commandRequested, this, &MainWndProc::dispatch);
     connect(editSpectrum_, &EditSpectrumDock::commandRequested, this, &MainWndProc::dispatch);
+    connect(xray_, &XrayDiffractionDock::commandRequested, this, &MainWndProc::dispatch);
+    connect(xray_, &XrayDiffractionDock::spectraAdded, this, [this] {
+        refreshAfterSpectrumChange();
+        view_->ZOOM_OUT();
+    });
+    connect(xray_, &XrayDiffractionDock::statusMessage, this,
+            [this](const QString& text) { statusBar()->showMessage(text, 10000); });
 }
 
 MainWndProc::~MainWndProc() = default;
@@ -334,6 +345,13 @@ bool MainWndProc::canRun(int command) const {
         return true;
     case kCmdCopyFitTable:
         return editSpectrum_->lastFit().has_value();
+    case kCmdOpenReference:
+    case kCmdFindXrayPeaks:
+    case kCmdRefineCell:
+    case kCmdNewXrayProject:
+    case kCmdOpenXrayProject:
+    case kCmdSaveXrayProject:
+        return xray_->canRun(command);
     case kCmdOpen2:
     case kCmdPrint:
     case kCmdZoomFull:
@@ -347,14 +365,15 @@ bool MainWndProc::canRun(int command) const {
     case kCmdSpectrumName:
     case kCmdRamanSearchMode:
     case kCmdEditSpectrumMode:
+    case kCmdXrayMode:
     case kCmdSearchLibrary:
     case kCmdFindPeaks:
     case kCmdFitPeaks:
         return loaded;
     default:
         // Save and Save As, Undo and Redo, background and cosmic-ray removal, trimming, editing
-        // the data file, the recent files and the X-ray Diffraction mode arrive with their core
-        // operations; until then their items stay greyed.
+        // the data file and the recent files arrive with their core operations; until then
+        // their items stay greyed.
         return false;
     }
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "shell/ProgramState.h"
+#include "ui/Commands.h"
 #include "ui/CoreHooks.h"
 #include "ui/UserInteraction.h"
 
@@ -26,6 +27,7 @@ class EditSpectrumDock;
 class FileManagerDock;
 class RamanSearchDock;
 class SpectrumView;
+class XrayDiffractionDock;
 struct MenuResource;
 
 /// Where the window finds its files, and who answers its questions.
@@ -34,12 +36,6 @@ struct MainWindowOptions {
     std::filesystem::path docsFolder; ///< the Markdown documentation opened by Help
     /// Message boxes, file dialogs, modal dialogs, opening documents; null: Qt's own.
     std::shared_ptr<UserInteraction> interaction;
-};
-
-enum class DispatchResult {
-    Done,   ///< the operation ran (an error it raised was shown in a message box)
-    Greyed, ///< the command exists but cannot run now (its items are greyed)
-    Unknown ///< not a command of the main window
 };
 
 /// Start-up is split as the window's life is: the constructor is the window's creation (menus,
@@ -84,6 +80,7 @@ public:
     FileManagerDock* fileManager() const { return fileManager_; }
     RamanSearchDock* ramanSearch() const { return ramanSearch_; }
     EditSpectrumDock* editSpectrum() const { return editSpectrum_; }
+    XrayDiffractionDock* xrayDiffraction() const { return xray_; }
     QMenu* viewPopup() const { return viewPopup_; }
     QMenu* spectrumPopup() const { return spectrumPopup_; }
     QMenu* diffractionFilePopup() const { return diffractionFilePopup_; }
@@ -119,6 +116,7 @@ private:
     /// Shows a mode's dock (raised among the tabbed docks), at a third of the window's width.
     void showMode(QDockWidget* dock);
     void runModeCommand(int command);
+    void runXrayCommand(int command);
     /// Runs a modal dialog centred on the screen; true when accepted.
     bool runCentred(QDialog& dialog);
     void editPreferences();
@@ -139,6 +137,7 @@ private:
     FileManagerDock* fileManager_ = nullptr;
     RamanSearchDock* ramanSearch_ = nullptr;
     EditSpectrumDock* editSpectrum_ = nullptr;
+    XrayDiffractionDock* xray_ = nullptr;
     QMenu* viewPopup_ = nullptr;
     QMenu* spectrumPopup_ = nullptr;
     QMenu* diffractionFilePopup_ = nullptr;

@@ -21,6 +21,15 @@ QString spectrumCaption(const SPECDATA_GLOBALS& specdata, int spectrum) {
         .arg(specdata.NUMDATA[k]);
 }
 
+PeakFitSettings peakFitSettings(const Preferences& preferences) {
+    PeakFitSettings settings;
+    settings.profile =
+        preferences.profileSetting == 1 ? PeakProfile::gaussian : PeakProfile::pseudoVoigt;
+    settings.search = {preferences.noiseSegments, static_cast<float>(preferences.peakThreshold),
+                       preferences.peakSmoothingPoints, preferences.peakMinSeparation};
+    return settings;
+}
+
 PointRun pointsWithin(std::span<const float> x, double low, double high) {
     const auto first =
         std::lower_bound(x.begin(), x.end(), low, [](float a, double b) { return a < b; });

@@ -1,6 +1,7 @@
 // What a mode dock works with: the program state, the view, the home folder and the user.
 #pragma once
 
+#include "processing/PeakFitting.h"
 #include "shell/ProgramState.h"
 #include "ui/UserInteraction.h"
 
@@ -25,6 +26,10 @@ int activeSpectrum(const SPECDATA_GLOBALS& specdata);
 
 /// "<b>name</b> N points": the spectrum a mode works on, as its dock heads it (rich text).
 QString spectrumCaption(const SPECDATA_GLOBALS& specdata, int spectrum);
+
+/// The peak search and fit settings of the preferences: profile (preference 2) and the peak
+/// search's noise segments, threshold, smoothing and least separation.
+PeakFitSettings peakFitSettings(const Preferences& preferences);
 
 /// The run of points of x (ascending) within [low, high]: first index and count.
 struct PointRun {

@@ -10,9 +10,6 @@
 
 namespace quarvex::ui {
 
-namespace {
-
-// Lays out a title line, the form and OK/Cancel.
 QFormLayout* makeForm(QDialog& dialog, const QString& title, const QString& spectrumName) {
     dialog.setWindowTitle(title);
     auto* layout = new QVBoxLayout(&dialog);
@@ -26,8 +23,6 @@ QFormLayout* makeForm(QDialog& dialog, const QString& title, const QString& spec
     layout->addWidget(buttons);
     return form;
 }
-
-} // namespace
 
 AdjustScaleDialog::AdjustScaleDialog(const QString& spectrumName, float scaleFactor,
                                      float absoluteScale, QWidget* parent)

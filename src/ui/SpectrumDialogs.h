@@ -1,12 +1,17 @@
-// The "Adjust Scale" and "Adjust Data Type" dialogs of one spectrum.
+// The "Adjust Scale" and "Adjust Data Type" dialogs of one spectrum, and the form they share.
 #pragma once
 
 #include <QDialog>
 
 class QComboBox;
 class QDoubleSpinBox;
+class QFormLayout;
 
 namespace quarvex::ui {
+
+/// Lays out a dialog of one form: its title, a bold heading line (the spectrum or file it is
+/// about), the form (returned, for the caller's rows) and OK/Cancel.
+QFormLayout* makeForm(QDialog& dialog, const QString& title, const QString& spectrumName);
 
 /// Edits SCALE_FACT (the factor the spectrum is drawn with) and ABS_SCALE (the y range drawn as
 /// full height, 0 = the spectrum's own range).

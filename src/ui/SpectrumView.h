@@ -81,8 +81,12 @@ public:
     const std::optional<FitOverlay>& fitOverlay() const { return fit_; }
     void setPeakMarks(PeakMarks marks);
     const PeakMarks& peakMarks() const { return marks_; }
-    /// The strip below the view that shows the residual of a fit; null while there is none.
-    QCPAxisRect* residualRect() const { return residualShown_ ? residualRect_ : nullptr; }
+    void setReflectionTicks(ReflectionTicks ticks);
+    const ReflectionTicks& reflectionTicks() const { return ticks_; }
+    /// The strips below the view: the residual of a fit, the reflection ticks; null while not
+    /// shown.
+    QCPAxisRect* residualRect() const { return shown(residualRect_) ? residualRect_ : nullptr; }
+    QCPAxisRect* tickRect() const { return shown(tickRect_) ? tickRect_ : nullptr; }
 
     void setPeakPlacingMode(bool on) { peakPlacingMode_ = on; }
     bool peakPlacingMode() const { return peakPlacingMode_; }
@@ -125,7 +129,10 @@ private:
     void drawReference();
     void drawFit();
     void drawPeakMarks();
-    void showResidualStrip(bool shown);
+    void drawTicks();
+    QCPAxisRect* makeStrip();
+    void arrangeStrips(bool ticks, bool residual);
+    bool shown(const QCPAxisRect* strip) const;
     bool isDrawn(int spectrum) const;
 
     ProgramState& state_;
@@ -146,9 +153,11 @@ private:
     std::optional<FitOverlay> fit_;
     PeakMarks marks_;
     std::vector<QCPAbstractItem*> markItems_;
+    ReflectionTicks ticks_;
     QCPAxisRect* residualRect_ = nullptr;
+    QCPAxisRect* tickRect_ = nullptr;
+    std::vector<QCPAxisRect*> strips_; ///< the strips shown, top to bottom
     QCPMarginGroup* marginGroup_ = nullptr;
-    bool residualShown_ = false;
     bool userZoomed_ = false;
     bool settingRanges_ = false;
     enum class Drag { None, Selecting, Panning, Placing } drag_ = Drag::None;

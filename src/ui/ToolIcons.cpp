@@ -178,4 +178,15 @@ QIcon toolIcon(ToolIcon icon) {
     return result;
 }
 
+QIcon colourSwatch(const QColor& colour) {
+    QPixmap pixmap(28, 12);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colour.darker(130), 1.0));
+    painter.setBrush(colour);
+    painter.drawRoundedRect(QRectF(0.5, 0.5, 27.0, 11.0), 3.0, 3.0);
+    return QIcon(pixmap);
+}
+
 } // namespace quarvex::ui

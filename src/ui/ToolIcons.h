@@ -24,4 +24,8 @@ enum class ToolIcon {
 
 QIcon toolIcon(ToolIcon icon);
 
+/// A small rounded swatch of a colour (28 x 12 pixels): a spectrum's or a pattern's colour in
+/// a list.
+QIcon colourSwatch(const QColor& colour);
+
 } // namespace quarvex::ui

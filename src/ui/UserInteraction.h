@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <string_view>
+
 class QDialog;
 class QUrl;
 class QWidget;
@@ -40,5 +42,26 @@ public:
     /// Opens a document or folder in the desktop's viewer; false when that failed.
     virtual bool openUrl(const QUrl& url);
 };
+
+/// For runs without a user (screenshots of the documentation): every message and question is
+/// written to stderr and answered at once: No, cancelled file dialogs, rejected dialogs,
+/// documents not opened. Nothing waits for a hand that will not come.
+class UnattendedInteraction : public UserInteraction {
+public:
+    void showError(QWidget* parent, const QString& text, const QString& title) override;
+    void showInformation(QWidget* parent, const QString& text, const QString& title) override;
+    bool askYesNo(QWidget* parent, const QString& question, const QString& title) override;
+    QStringList askOpenFileNames(QWidget* parent, const QString& caption, const QString& folder,
+                                 const QString& filters) override;
+    QString askSaveFileName(QWidget* parent, const QString& caption, const QString& proposed,
+                            const QString& filters) override;
+    int execDialog(QDialog& dialog) override;
+    bool openUrl(const QUrl& url) override;
+};
+
+/// A "|"-separated filter list of the program's file dialogs ("Text (*.txt)|*.txt|") in the
+/// form of Qt's file dialogs ("Text (*.txt);;..."). "*.*" becomes "*", so that files without an
+/// extension are listed too.
+QString qtFileFilter(std::string_view filters);
 
 } // namespace quarvex::ui

@@ -1,5 +1,5 @@
 // Drawing the modes' overlays on the view: a reference spectrum matched to the unknown, a peak
-// fit with its components and residual strip, and peak marks.
+// fit with its components and residual, and peak marks.
 #include "ui/SpectrumView.h"
 
 #include "specdata/SpecDataArrange.h"
@@ -66,6 +66,11 @@ void SpectrumView::setPeakMarks(PeakMarks marks) {
     ORGANIZE_PAINTING();
 }
 
+void SpectrumView::setReflectionTicks(ReflectionTicks ticks) {
+    ticks_ = std::move(ticks);
+    ORGANIZE_PAINTING();
+}
+
 double SpectrumView::peakPositionAt(int spectrum, double pixelX) const {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const double a = xAxis->pixelToCoord(pixelX - kSnapPixels);
@@ -86,12 +91,13 @@ void SpectrumView::drawOverlays() {
     }
     markItems_.clear();
     const bool fitShown = fit_ && isDrawn(fit_->spectrum) && !fit_->x.empty();
-    showResidualStrip(fitShown);
+    arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown);
     drawReference();
     if (fitShown) {
         drawFit();
     }
     drawPeakMarks();
+    drawTicks();
 }
 
 void SpectrumView::drawReference() {
@@ -171,66 +177,6 @@ void SpectrumView::drawFit() {
                           true);
     const double half = largest > 0.0 ? largest * 1.15 : 1.0;
     ry->setRange(-half, half);
-}
-
-void SpectrumView::showResidualStrip(bool shown) {
-    if (shown && residualRect_ == nullptr) {
-        residualRect_ = new QCPAxisRect(this);
-        marginGroup_ = new QCPMarginGroup(this);
-        axisRect()->setMarginGroup(QCP::msLeft | QCP::msRight, marginGroup_);
-        residualRect_->setMarginGroup(QCP::msLeft | QCP::msRight, marginGroup_);
-        residualRect_->setRangeDrag(Qt::Horizontal);
-        residualRect_->setRangeZoom(Qt::Horizontal);
-        residualRect_->setMinimumSize(0, 70);
-        for (QCPAxis* axis : residualRect_->axes()) {
-            axis->setBasePen(xAxis->basePen());
-            axis->setTickPen(xAxis->tickPen());
-            axis->setSubTickPen(xAxis->subTickPen());
-            axis->setTickLabelColor(xAxis->tickLabelColor());
-            axis->setLabelColor(xAxis->labelColor());
-            axis->setLabelFont(xAxis->labelFont());
-            axis->grid()->setPen(xAxis->grid()->pen());
-            axis->grid()->setZeroLinePen(Qt::NoPen);
-        }
-        residualRect_->axis(QCPAxis::atTop)->setVisible(true);
-        residualRect_->axis(QCPAxis::atRight)->setVisible(true);
-        for (QCPAxis* frame :
-             {residualRect_->axis(QCPAxis::atTop), residualRect_->axis(QCPAxis::atRight)}) {
-            frame->setTicks(false);
-            frame->setTickLabels(false);
-        }
-        QCPAxis* ry = residualRect_->axis(QCPAxis::atLeft);
-        ry->setLabel(QStringLiteral("Residual"));
-        ry->ticker()->setTickCount(3);
-        QCPAxis* rx = residualRect_->axis(QCPAxis::atBottom);
-        rx->ticker()->setTickCount(9);
-        connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), rx,
-                qOverload<const QCPRange&>(&QCPAxis::setRange));
-        connect(rx, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), xAxis,
-                qOverload<const QCPRange&>(&QCPAxis::setRange));
-    }
-    if (shown != residualShown_) {
-        if (shown) {
-            plotLayout()->addElement(1, 0, residualRect_);
-            plotLayout()->setRowStretchFactors({4.0, 1.0});
-            plotLayout()->setRowSpacing(0);
-        } else {
-            plotLayout()->take(residualRect_);
-            plotLayout()->simplify();
-        }
-        residualShown_ = shown;
-    }
-    // The x axis with its numbers and title moves below the strip while it is shown.
-    xAxis->setTickLabels(!shown);
-    if (shown) {
-        QCPAxis* rx = residualRect_->axis(QCPAxis::atBottom);
-        rx->setLabel(xAxis->label());
-        rx->setRangeReversed(xAxis->rangeReversed());
-        rx->setRange(xAxis->range());
-        rx->grid()->setVisible(xAxis->grid()->visible());
-        residualRect_->axis(QCPAxis::atLeft)->grid()->setVisible(false);
-        xAxis->setLabel(QString());
-    }
 }
 
 void SpectrumView::drawPeakMarks() {

@@ -1,7 +1,8 @@
-// What the modes draw over the loaded spectra: a reference spectrum, a peak fit with its
-// residual, and marks at peak positions.
+// What the modes draw over and under the loaded spectra: a reference spectrum, a peak fit with
+// its residual, marks at peak positions, and reflection ticks of reference patterns.
 #pragma once
 
+#include <QColor>
 #include <QString>
 
 #include <vector>
@@ -43,6 +44,21 @@ struct PeakMarks {
     int spectrum = -1;
     std::vector<float> found;
     std::vector<float> placed;
+};
+
+/// One row of reflection ticks: a reference pattern's reflections at their positions (x units),
+/// each tick as high as the reflection's share of the strongest (0 to 1).
+struct TickRow {
+    QString legend;
+    QColor colour;
+    std::vector<double> position;
+    std::vector<double> height;
+};
+
+/// Reflections of reference patterns, drawn as ticks in a strip under the view: one row per
+/// pattern, the first row on top.
+struct ReflectionTicks {
+    std::vector<TickRow> rows;
 };
 
 } // namespace quarvex::ui

@@ -4,11 +4,13 @@
 #include "ui/MainWndProc.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
+#include "ui/XrayDiffractionDock.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QTimer>
 
+#include <memory>
 #include <optional>
 
 int main(int argc, char** argv) {
@@ -44,7 +46,12 @@ int main(int argc, char** argv) {
                                    QStringLiteral("Select the x-range LO:HI before the commands."),
                                    QStringLiteral("LO:HI"));
     rangeOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption});
+    QCommandLineOption referenceOption(
+        QStringLiteral("open-reference"),
+        QStringLiteral("Open a reference diffraction file in the X-ray mode before the commands."),
+        QStringLiteral("FILE"));
+    referenceOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption});
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -53,8 +60,13 @@ int main(int argc, char** argv) {
     if (parser.isSet(homeOption)) {
         home = parser.value(homeOption).toStdString();
     }
+    // A picture is taken without a user: messages go to stderr instead of waiting for a hand.
+    std::shared_ptr<ui::UserInteraction> interaction;
+    if (parser.isSet(screenshotOption)) {
+        interaction = std::make_shared<ui::UnattendedInteraction>();
+    }
     ProgramState state;
-    ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), nullptr});
+    ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), interaction});
     window.startUp();
     window.openFiles(parser.positionalArguments());
     if (parser.isSet(rangeOption)) {
@@ -63,6 +75,7 @@ int main(int argc, char** argv) {
             window.view()->setSelectedRange(ui::XRange{bounds[0].toDouble(), bounds[1].toDouble()});
         }
     }
+    window.xrayDiffraction()->openReferences(parser.values(referenceOption));
     for (const QString& command : parser.values(commandOption)) {
         window.dispatch(command.toInt());
     }

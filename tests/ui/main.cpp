@@ -3,6 +3,7 @@
 #include "MenuTest.h"
 #include "RamanSearchTest.h"
 #include "WindowTest.h"
+#include "XrayDiffractionTest.h"
 
 #include <QApplication>
 #include <QTest>
@@ -18,5 +19,7 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&ramanSearch, argc, argv);
     quarvex::test::EditSpectrumTest editSpectrum;
     failures += QTest::qExec(&editSpectrum, argc, argv);
+    quarvex::test::XrayDiffractionTest xrayDiffraction;
+    failures += QTest::qExec(&xrayDiffraction, argc, argv);
     return failures == 0 ? 0 : 1;
 }

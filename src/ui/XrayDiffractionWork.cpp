@@ -1,0 +1,509 @@
+// What the X-ray Diffraction dock does: opening and arranging references, finding and indexing
+// the peaks, the user's edits, the refinement, projects and the pop-up commands.
+#include "ui/XrayDiffractionDock.h"
+
+#include "common/QuarvexError.h"
+#include "common/WorkingFolders.h"
+#include "specdata/SpecDataManager.h"
+#include "ui/ProgressRunner.h"
+#include "ui/XrayDialogs.h"
+#include "ui/XrayPeakTable.h"
+#include "xray/Refine.h"
+#include "xray/RefineInputWriter.h"
+#include "xray/TheoreticalPattern.h"
+#include "xray/XrayDataAndFileManager.h"
+#include "xray/XrayMessages.h"
+#include "xray/XrayPeakFit.h"
+#include "xray/XrayProjNew.h"
+#include "xray/XrayProjRead.h"
+#include "xray/XrayProjSave.h"
+
+#include <QDialog>
+#include <QDir>
+#include <QFileInfo>
+#include <QTabWidget>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace quarvex::ui {
+
+namespace {
+
+constexpr double kNearbyDegrees = 1.0;    // the h k l list offers reflections this near a peak...
+constexpr std::size_t kFewestChoices = 6; // ...and at least this many
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+QString qText(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+[[noreturn]] void fail(const std::string& text) {
+    throw QuarvexError(text, std::string(kXrayDiffractionTitle));
+}
+
+// The file of reference `reference`, as a phase names its source.
+std::string sourceOf(const DIFF_GLOBALS& diff, int reference) {
+    if (reference < 0) {
+        return {};
+    }
+    return (std::filesystem::path(diff.PATH[at(reference)]) / diff.NAME[at(reference)]).string();
+}
+
+} // namespace
+
+void XrayDiffractionDock::openReference() {
+    const QStringList files = context_.interaction->askOpenFileNames(
+        this, qText(kDiffFileDialogTitle),
+        QString::fromStdString(GET_IMPDIFF_PATH(context_.home).string()),
+        qtFileFilter(kDiffFileDialogFilter));
+    openReferences(files);
+}
+
+int XrayDiffractionDock::openReferences(const QStringList& paths) {
+    DIFF_GLOBALS& diff = context_.state.diff;
+    const std::string before = sourceOf(diff, firstActive());
+    int opened = 0;
+    for (const QString& path : paths) {
+        try {
+            const int k =
+                OPEN_AND_READ_DIFF_FILE(diff, path.toStdString(), GET_IMPDIFF_PATH(context_.home));
+            ++opened;
+            QString text = QStringLiteral("Opened %1: %2 reflections")
+                               .arg(QString::fromStdString(diff.NAME[at(k)]))
+                               .arg(diff.NUMDATA[at(k)]);
+            for (const std::string& line : diff.NOTES[at(k)]) {
+                text += QStringLiteral("; ") + QString::fromStdString(line);
+            }
+            emit statusMessage(text);
+        } catch (const QuarvexError& error) {
+            context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                            QString::fromStdString(error.title()));
+        }
+    }
+    if (opened > 0) {
+        afterListChange(before);
+        selectReference(diff.count() - 1);
+    }
+    return opened;
+}
+
+void XrayDiffractionDock::moveReference(int from, int to) {
+    DIFF_GLOBALS& diff = context_.state.diff;
+    if (from < 0 || to < 0 || from >= diff.count() || to >= diff.count()) {
+        return;
+    }
+    const std::string before = sourceOf(diff, firstActive());
+    SORT_DIFF_FILE_ORDER(diff, from, to);
+    afterListChange(before);
+    selectReference(to);
+}
+
+void XrayDiffractionDock::deleteReference(int reference) {
+    DIFF_GLOBALS& diff = context_.state.diff;
+    if (reference < 0 || reference >= diff.count()) {
+        return;
+    }
+    const std::string before = sourceOf(diff, firstActive());
+    const int selected[] = {reference};
+    DELETE_DIFF_FILES(diff, selected);
+    afterListChange(before);
+}
+
+void XrayDiffractionDock::setReferenceActive(int reference, bool active) {
+    DIFF_GLOBALS& diff = context_.state.diff;
+    if (reference < 0 || reference >= diff.count()) {
+        return;
+    }
+    const std::string before = sourceOf(diff, firstActive());
+    diff.ACTIVE[at(reference)] = active;
+    afterListChange(before);
+    selectReference(reference);
+}
+
+// The peaks are indexed anew when the first active reference is another one than before.
+void XrayDiffractionDock::afterListChange(const std::string& indexedBefore) {
+    const int first = firstActive();
+    if (phase() != nullptr && first >= 0 && sourceOf(context_.state.diff, first) != indexedBefore) {
+        indexFromFirstActive();
+    }
+    refreshPattern();
+    refreshReferences();
+    refreshPhase();
+    refreshResults();
+}
+
+void XrayDiffractionDock::indexFromFirstActive() {
+    XrayPhase* current = phase();
+    XrayPhase next = phaseFromReference(context_.state.diff, firstActive());
+    next.peaks = std::move(current->peaks);
+    next.USEIINTS = current->USEIINTS;
+    *current = std::move(next);
+    resultsShown_ = false;
+    applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+}
+
+void XrayDiffractionDock::applyWavelengths(const WavelengthChoice& choice) {
+    context_.state.xrayPeak.wavelengths = choice.wavelengths;
+    wavelengthSource_ = choice.source;
+    if (XrayPhase* p = phase()) {
+        setPeakDSpacings(p->peaks, choice.wavelengths.front());
+        rematch();
+    }
+}
+
+void XrayDiffractionDock::rematch() {
+    XrayPhase* p = phase();
+    matchNote_.clear();
+    if (p == nullptr) {
+        return;
+    }
+    if (p->NUMINP() == 0) {
+        p->assignments.clear();
+        return;
+    }
+    const float tolerance = context_.state.quarvex.preferences.matchTolerance;
+    if (matchPhase(*p, context_.state.diff, context_.state.xrayPeak.wavelengths, tolerance)
+            .empty()) {
+        matchNote_ = QStringLiteral("No peak lies within %1° of a reflection: check the "
+                                    "wavelength and the reference.")
+                         .arg(static_cast<double>(tolerance));
+    }
+}
+
+void XrayDiffractionDock::clearPattern() {
+    context_.state.xrayPeak = {};
+    patternPath_.clear();
+    resultsShown_ = false;
+    matchNote_.clear();
+}
+
+void XrayDiffractionDock::requireDiffractionPattern(int spectrum) const {
+    if (spectrum < 0) {
+        fail("Open a diffraction pattern first.");
+    }
+    if (!isDiffractionPattern(spectrum)) {
+        const auto k = at(spectrum);
+        fail(context_.state.specdata.NAME[k] + " is not a diffraction pattern (data type " +
+             context_.state.specdata.DTYPE[k] +
+             "). Make a pattern primary, or change the data type with Adjust Data Type.");
+    }
+    requireTwoThetaPattern(context_.state.specdata, spectrum);
+}
+
+void XrayDiffractionDock::findPeaks() {
+    ProgramState& state = context_.state;
+    const SPECDATA_GLOBALS& s = state.specdata;
+    const int k = activeSpectrum(s);
+    requireDiffractionPattern(k);
+    const WavelengthChoice choice = wavelengthChoice(k);
+    const PeakFitSettings settings = peakFitSettings(state.quarvex.preferences);
+    XrayPeakList peaks;
+    runWithProgress(this, QStringLiteral("Fitting Peaks..."), [&](const ProgressCallback&) {
+        peaks = fitPatternPeaks(s.xValues(k), s.yValues(k), settings, choice.wavelengths.front());
+    });
+    if (peaks.count() == 0) {
+        fail("No peak of " + s.NAME[at(k)] + " stands out of its noise: nothing to match.");
+    }
+    XRAY_PEAK_GLOBALS& x = state.xrayPeak;
+    XrayPhase next;
+    if (firstActive() >= 0) {
+        next = phaseFromReference(state.diff, firstActive());
+    } else if (phase() != nullptr && x.pattern == k) {
+        next = *phase(); // the input reflections of a project's phase stay
+    } else {
+        next.name =
+            QFileInfo(QString::fromStdString(s.NAME[at(k)])).completeBaseName().toStdString();
+    }
+    next.peaks = std::move(peaks);
+    next.assignments.clear();
+    if (s.PATH[at(k)] != patternPath_) {
+        x.projectFile.clear(); // a project belongs to its pattern
+    }
+    x.phases = {std::move(next)};
+    x.pattern = k;
+    patternPath_ = s.PATH[at(k)];
+    resultsShown_ = false;
+    applyWavelengths(choice);
+    tabs_->setCurrentIndex(0);
+    refreshPattern();
+    refreshPhase();
+    refreshResults();
+}
+
+void XrayDiffractionDock::refine() {
+    ProgramState& state = context_.state;
+    XrayPhase* p = phase();
+    if (p == nullptr) {
+        fail("Find & Fit Peaks first: there are no peaks to refine from.");
+    }
+    const int k = state.xrayPeak.pattern;
+    const std::filesystem::path input = refineInputPath(state.specdata.PATH[at(k)]);
+    const std::string from =
+        p->source.empty() ? p->name : std::filesystem::path(p->source).filename().string();
+    const PhaseRefineSettings settings{state.specdata.NAME[at(k)] + " indexed from " + from,
+                                       state.quarvex.preferences.machineErrorSearch,
+                                       state.quarvex.preferences.reportIterations};
+    bool refined = false;
+    runWithProgress(this, QStringLiteral("Refining Cell..."), [&](const ProgressCallback&) {
+        refined = refinePhase(*p, state.xrayPeak.wavelengths, input, settings, state.inoutparms,
+                              state.datastff);
+    });
+    lastInput_ = input;
+    resultsShown_ = refined;
+    refreshResults();
+    if (!refined) {
+        tabs_->setCurrentIndex(1);
+        fail(state.inoutparms.message.empty()
+                 ? "The refinement ended without results; the report tells why."
+                 : state.inoutparms.message);
+    }
+    emit statusMessage(QStringLiteral("Refined from %1 lines; input %2, report %3")
+                           .arg(state.datastff.NREF)
+                           .arg(QString::fromStdString(input.string()),
+                                QString::fromStdString(state.inoutparms.reportPath.string())));
+}
+
+void XrayDiffractionDock::editHkl(int peak, const QString& text) {
+    XrayPhase* p = phase();
+    if (p == nullptr || peak < 0 || peak >= p->peaks.count()) {
+        return;
+    }
+    const QString trimmed = text.trimmed();
+    std::array<int, 3> hkl{};
+    int wave = 1;
+    try {
+        if (trimmed.isEmpty() || trimmed == QString::fromUtf8(XrayPeakTable::kNone) ||
+            trimmed == QStringLiteral("-")) {
+            unassignPeak(*p, peak);
+        } else if (parseHkl(trimmed, hkl, wave)) {
+            assignPeak(*p, peak, hkl, wave, context_.state.xrayPeak.wavelengths);
+        } else {
+            context_.interaction->showError(
+                this, QStringLiteral("Give h k l as three whole numbers, such as 1 0 1."),
+                qText(kXrayDiffractionTitle));
+        }
+    } catch (const std::out_of_range&) {
+        context_.interaction->showError(
+            this, QStringLiteral("The pattern has no wavelength λ%1.").arg(wave),
+            qText(kXrayDiffractionTitle));
+    }
+    refreshPhase();
+}
+
+void XrayDiffractionDock::setPeakUsed(int peak, bool use) {
+    XrayPhase* p = phase();
+    if (p != nullptr && peak >= 0 && peak < p->peaks.count()) {
+        p->peaks.USEPK[at(peak)] = use;
+        refreshPhase();
+    }
+}
+
+void XrayDiffractionDock::setCrystalSystem(int sym) {
+    if (XrayPhase* p = phase()) {
+        p->SYM = sym;
+        refreshPhase();
+    }
+}
+
+void XrayDiffractionDock::setWavelength(double wavelength) {
+    typedWavelength_ = wavelength;
+    if (phase() != nullptr) {
+        applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+    }
+    refreshPattern();
+    refreshPhase();
+    showTicks();
+}
+
+QStringList XrayDiffractionDock::hklChoices(int peak) const {
+    const XrayPhase* p = phase();
+    if (p == nullptr) {
+        return {};
+    }
+    std::vector<ReflectionCandidate> candidates =
+        candidatesFromInput(*p, context_.state.xrayPeak.wavelengths);
+    const double centre = p->peaks.twoTheta(peak);
+    const auto distance = [centre](const ReflectionCandidate& c) {
+        return std::abs(c.twoTheta - centre);
+    };
+    std::sort(candidates.begin(), candidates.end(),
+              [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
+    QStringList choices;
+    for (const ReflectionCandidate& c : candidates) {
+        if (choices.size() >= static_cast<qsizetype>(kFewestChoices) &&
+            distance(c) > kNearbyDegrees) {
+            break;
+        }
+        choices.append(QStringLiteral("%1    %2°   I %3")
+                           .arg(hklText(c.hkl, c.wave))
+                           .arg(c.twoTheta, 0, 'f', 3)
+                           .arg(static_cast<double>(c.intensity), 0, 'f', 1));
+    }
+    return choices;
+}
+
+void XrayDiffractionDock::newProject() {
+    ProgramState& state = context_.state;
+    XRAY_PEAK_GLOBALS& x = state.xrayPeak;
+    const int k = phase() != nullptr ? x.pattern : activeSpectrum(state.specdata);
+    requireDiffractionPattern(k);
+    const QFileInfo pattern(QString::fromStdString(state.specdata.PATH[at(k)]));
+    const QString given = context_.interaction->askSaveFileName(
+        this, qText(kNewProjectPrompt),
+        pattern.dir().filePath(pattern.completeBaseName() + qText(kProjectExtension)),
+        qtFileFilter(kProjectFilter));
+    if (given.isEmpty()) {
+        return;
+    }
+    if (phase() == nullptr) {
+        // A project of a pattern whose peaks are still to be found.
+        x.pattern = k;
+        patternPath_ = state.specdata.PATH[at(k)];
+        applyWavelengths(wavelengthChoice(k));
+    }
+    const XrayProject project = projectFromState(state.specdata, x);
+    const std::filesystem::path mainFile = XRAYPROJNEW(given.toStdString(), project);
+    if (!x.phases.empty()) {
+        XRAYPROJSAVE(mainFile, project);
+    }
+    x.projectFile = mainFile;
+    emit statusMessage(
+        QStringLiteral("Created the project %1").arg(QString::fromStdString(mainFile.string())));
+}
+
+void XrayDiffractionDock::saveProject() {
+    XRAY_PEAK_GLOBALS& x = context_.state.xrayPeak;
+    if (x.projectFile.empty() || phase() == nullptr) {
+        newProject();
+        return;
+    }
+    XRAYPROJSAVE(x.projectFile, projectFromState(context_.state.specdata, x));
+    emit statusMessage(
+        QStringLiteral("Saved the project %1").arg(QString::fromStdString(x.projectFile.string())));
+}
+
+void XrayDiffractionDock::openProject() {
+    ProgramState& state = context_.state;
+    const int active = activeSpectrum(state.specdata);
+    const QString folder =
+        active >= 0
+            ? QFileInfo(QString::fromStdString(state.specdata.PATH[at(active)])).absolutePath()
+            : QString::fromStdString(context_.home.string());
+    const QStringList files = context_.interaction->askOpenFileNames(
+        this, QStringLiteral("Open X-ray Project"), folder, qtFileFilter(kProjectFilter));
+    if (files.isEmpty()) {
+        return;
+    }
+    const int k = openXrayProject(files.front().toStdString(), state.specdata, state.xrayPeak);
+    patternPath_ = state.specdata.PATH[at(k)];
+    shownPath_ = patternPath_;
+    typedWavelength_.reset();
+    resultsShown_ = false;
+    wavelengthSource_ = "project";
+    if (state.xrayPeak.wavelengths.empty()) {
+        applyWavelengths(wavelengthChoice(k));
+    }
+    // The phase's reference joins the list, for its ticks, when it is still where it was.
+    const XrayPhase* p = phase();
+    if (p != nullptr && !p->source.empty() && std::filesystem::exists(p->source)) {
+        bool listed = false;
+        for (int r = 0; r < state.diff.count(); ++r) {
+            listed = listed || sourceOf(state.diff, r) == p->source;
+        }
+        if (!listed) {
+            OPEN_AND_READ_DIFF_FILE(state.diff, p->source, GET_IMPDIFF_PATH(context_.home));
+        }
+    }
+    emit spectraAdded();
+    emit statusMessage(QStringLiteral("Opened the project %1")
+                           .arg(QString::fromStdString(state.xrayPeak.projectFile.string())));
+}
+
+DispatchResult XrayDiffractionDock::dispatch(int command) {
+    switch (command) {
+    case kCmdOpenOriginalDif:
+    case kCmdOpenAdjustedDif:
+    case kCmdViewReference:
+    case kCmdOpenGreltDatabase:
+    case kCmdCreateSpectrumFromDif:
+        break;
+    default:
+        return DispatchResult::Unknown;
+    }
+    if (!canRun(command)) {
+        return DispatchResult::Greyed;
+    }
+    try {
+        if (command == kCmdCreateSpectrumFromDif) {
+            createSpectrumFromDif();
+        } else if (command == kCmdViewReference) {
+            ReferenceTableDialog dialog(context_.state.diff, selectedReference(), this);
+            context_.interaction->execDialog(dialog);
+        } else {
+            viewReferenceFile(command == kCmdOpenAdjustedDif);
+        }
+    } catch (const QuarvexError& error) {
+        context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                        QString::fromStdString(error.title()));
+    }
+    return DispatchResult::Done;
+}
+
+// Open Original... shows the reference file as it is; Open Adjusted... its import record, the
+// lines the reader took from it.
+void XrayDiffractionDock::viewReferenceFile(bool adjusted) {
+    const DIFF_GLOBALS& diff = context_.state.diff;
+    const auto r = at(selectedReference());
+    std::filesystem::path path = sourceOf(diff, selectedReference());
+    QString title = QStringLiteral("%1 (original)").arg(QString::fromStdString(diff.NAME[r]));
+    if (adjusted) {
+        path = GET_IMPDIFF_PATH(context_.home) /
+               (path.stem().string() + std::string(kImportRecordExtension));
+        title = QStringLiteral("%1 (import record of %2)")
+                    .arg(QString::fromStdString(path.filename().string()),
+                         QString::fromStdString(diff.NAME[r]));
+    }
+    TextViewDialog dialog(title, readTextFile(path), this);
+    context_.interaction->execDialog(dialog);
+}
+
+// The theoretical pattern is written to the home folder's TempFold and read from there like
+// any spectrum file, so that it has a file of its own (a refinement writes beside it).
+void XrayDiffractionDock::createSpectrumFromDif() {
+    ProgramState& state = context_.state;
+    const int r = selectedReference();
+    TheoreticalPatternSettings settings;
+    settings.wavelength = wavelengths().front();
+    TheoreticalPatternDialog dialog(QString::fromStdString(state.diff.NAME[at(r)]), settings, this);
+    if (context_.interaction->execDialog(dialog) != QDialog::Accepted) {
+        return;
+    }
+    settings = dialog.settings();
+    const TheoreticalPattern pattern = theoreticalPattern(state.diff, r, settings);
+    const std::filesystem::path folder = context_.home / kTempFolder;
+    std::error_code ignored;
+    std::filesystem::create_directories(folder, ignored);
+    const std::string stem = std::filesystem::path(state.diff.NAME[at(r)]).stem().string();
+    std::filesystem::path file;
+    for (int n = 1; file.empty() || std::count(state.specdata.PATH.begin(),
+                                               state.specdata.PATH.end(), file.string()) > 0;
+         ++n) {
+        file = folder / (stem + "_theoretical" + (n > 1 ? "_" + std::to_string(n) : "") + ".txt");
+    }
+    const std::string title = state.diff.TITLE[at(r)].empty() ? stem : state.diff.TITLE[at(r)];
+    writeTheoreticalPattern(file, pattern, title + " (theoretical)",
+                            theoreticalPatternNotes(state.diff, r, settings, pattern));
+    READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+    emit spectraAdded();
+    emit statusMessage(QStringLiteral("Created %1: %2 points, %3 reflections")
+                           .arg(QString::fromStdString(file.string()))
+                           .arg(pattern.x.size())
+                           .arg(pattern.reflections));
+}
+
+} // namespace quarvex::ui

@@ -1,0 +1,347 @@
+// The X-ray Diffraction mode through the main window's dispatch, the dock's buttons and its
+// tables, on the shipped quartz example and reference files.
+#include "XrayDiffractionTest.h"
+
+#include "UiTestSupport.h"
+
+#include "ui/Commands.h"
+#include "ui/SpectrumView.h"
+#include "ui/XrayDialogs.h"
+#include "ui/XrayDiffractionDock.h"
+#include "ui/XrayPeakTable.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMenu>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <cmath>
+#include <fstream>
+#include <tuple>
+
+namespace quarvex::test {
+
+namespace {
+
+// The reference cell of Quartz.out, which the example pattern was drawn from.
+constexpr double kQuartzA = 4.91239;
+constexpr double kQuartzC = 5.40385;
+constexpr double kCellTolerance = 2e-4; // relative: 0.02%
+
+using ui::XrayPeakTable;
+
+QString reference(const char* name) {
+    return QString::fromStdString(sourcePath(std::string("data/xray/reference/") + name).string());
+}
+
+// The shipped example, copied into the home folder: a refinement writes beside its pattern.
+QString patternCopy(const WindowFixture& fixture) {
+    const std::filesystem::path copy = fixture.home.path() / "quartz_pattern.txt";
+    std::filesystem::copy_file(sourcePath("examples/quartz_pattern.txt"), copy,
+                               std::filesystem::copy_options::overwrite_existing);
+    return QString::fromStdString(copy.string());
+}
+
+QAbstractButton* button(const QWidget& parent, const char* text) {
+    for (QAbstractButton* b : parent.findChildren<QAbstractButton*>()) {
+        if (b->text() == QString::fromUtf8(text)) {
+            return b;
+        }
+    }
+    qFatal("no button %s", text);
+    return nullptr;
+}
+
+ui::XrayDiffractionDock& dockOf(const WindowFixture& fixture) {
+    return *fixture.window->xrayDiffraction();
+}
+
+// Pattern opened, mode opened, Quartz.out opened, peaks found and indexed.
+void prepare(WindowFixture& fixture) {
+    fixture.window->openFiles({patternCopy(fixture)});
+    fixture.window->dispatch(ui::kCmdXrayMode);
+    dockOf(fixture).openReferences({reference("Quartz.out")});
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+}
+
+const XrayPhase& phaseOf(const WindowFixture& fixture) {
+    return fixture.state.xrayPeak.phases.front();
+}
+
+using Assigned = std::tuple<int, int, int, int, int>;
+
+std::vector<Assigned> assigned(const XrayPhase& phase) {
+    std::vector<Assigned> rows;
+    for (const PeakAssignment& a : phase.assignments) {
+        rows.emplace_back(a.peak, a.hkl[0], a.hkl[1], a.hkl[2], a.wave);
+    }
+    return rows;
+}
+
+// The indexed lines of a refinement input: every line after the five of its header, up to
+// "stop".
+std::vector<std::string> inputLines(const std::filesystem::path& input) {
+    std::ifstream in(input);
+    std::vector<std::string> lines;
+    std::string line;
+    for (int n = 0; std::getline(in, line) && line != "stop"; ++n) {
+        if (n >= 5) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+bool cellNearQuartz(const DATASTFF& data) {
+    return std::abs(data.CELL[0] - kQuartzA) < kQuartzA * kCellTolerance &&
+           std::abs(data.CELL[2] - kQuartzC) < kQuartzC * kCellTolerance;
+}
+
+QStringList tickLegends(const ui::SpectrumView& view) {
+    QStringList legends;
+    for (const ui::TickRow& row : view.reflectionTicks().rows) {
+        legends.append(row.legend);
+    }
+    return legends;
+}
+
+} // namespace
+
+// Open the pattern (1), open the mode (2), open the reference (3), Find & Fit Peaks, which
+// indexes them at once (4), Refine (5): the refined cell is the reference cell.
+void XrayDiffractionTest::workflowTakesFiveActions() {
+    WindowFixture fixture;
+    fixture.interaction->filesToOpen = {patternCopy(fixture)};
+    fixture.window->actionsFor(ui::kCmdOpen).front()->trigger();     // 1
+    fixture.window->actionsFor(ui::kCmdXrayMode).front()->trigger(); // 2
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    QVERIFY(dock.isVisible());
+    fixture.interaction->filesToOpen = {reference("Quartz.out")};
+    button(dock, "Open Reference...")->click(); // 3
+    const ui::SpectrumView& view = *fixture.window->view();
+    QCOMPARE(tickLegends(view), QStringList{QStringLiteral("Quartz.out")});
+    QCOMPARE(view.reflectionTicks().rows[0].position.size(), std::size_t{28});
+    QVERIFY(view.tickRect() != nullptr);
+
+    button(dock, "Find && Fit Peaks")->click(); // 4
+    const XrayPhase& phase = phaseOf(fixture);
+    QCOMPARE(dock.peakTable()->topLevelItemCount(), phase.peaks.count());
+    QVERIFY(phase.assignments.size() >= 20);
+    // The strongest line, 0 1 1 at 26.65 degrees, shifted by the example's +0.02.
+    const auto strongest = std::find_if(
+        phase.assignments.begin(), phase.assignments.end(), [&](const PeakAssignment& a) {
+            return std::abs(phase.peaks.twoTheta(a.peak) - 26.665F) < 0.01F;
+        });
+    QVERIFY(strongest != phase.assignments.end());
+    QCOMPARE(dock.peakTable()->topLevelItem(strongest->peak)->text(XrayPeakTable::kHkl),
+             QStringLiteral("0 1 1"));
+
+    button(dock, "Refine")->click(); // 5
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{0});
+    QVERIFY(cellNearQuartz(fixture.state.datastff));
+    QVERIFY(std::abs(fixture.state.inoutparms.machineError + 0.02) < 0.01);
+    QVERIFY(dock.cellText().contains(QStringLiteral("4.9123")));
+    QVERIFY(dock.reportText().contains(QStringLiteral("MACHINE ERROR")));
+    QVERIFY(std::filesystem::exists(fixture.home.path() / "quartz_pattern_refine.DAT"));
+}
+
+void XrayDiffractionTest::referenceListOrdersDeletesAndTicks() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    const std::vector<Assigned> fromQuartz = assigned(phaseOf(fixture));
+    QCOMPARE(dock.openReferences({reference("Calcite.out"), reference("Halite.out")}), 2);
+    const DIFF_GLOBALS& diff = fixture.state.diff;
+    QCOMPARE(diff.NAME, (std::vector<std::string>{"Quartz.out", "Calcite.out", "Halite.out"}));
+    QCOMPARE(dock.references()->topLevelItem(2)->text(2), QStringLiteral("Halite.out"));
+    QCOMPARE(assigned(phaseOf(fixture)), fromQuartz); // further references are to compare
+    const ui::SpectrumView& view = *fixture.window->view();
+    QCOMPARE(tickLegends(view), (QStringList{"Quartz.out", "Calcite.out", "Halite.out"}));
+
+    // Calcite moved to the top indexes the peaks.
+    dock.selectReference(1);
+    button(dock, "Up")->click();
+    QCOMPARE(diff.NAME, (std::vector<std::string>{"Calcite.out", "Quartz.out", "Halite.out"}));
+    QCOMPARE(tickLegends(view), (QStringList{"Calcite.out", "Quartz.out", "Halite.out"}));
+    QVERIFY(phaseOf(fixture).source.ends_with("Calcite.out"));
+    QVERIFY(assigned(phaseOf(fixture)) != fromQuartz);
+
+    // Its tick box cleared, Quartz is the first ticked again and indexes as before.
+    dock.references()->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    QVERIFY(!diff.ACTIVE[0]);
+    QCOMPARE(tickLegends(view), (QStringList{"Quartz.out", "Halite.out"}));
+    QVERIFY(phaseOf(fixture).source.ends_with("Quartz.out"));
+    QCOMPARE(assigned(phaseOf(fixture)), fromQuartz);
+
+    dock.selectReference(2);
+    button(dock, "Delete")->click();
+    QCOMPARE(diff.NAME, (std::vector<std::string>{"Calcite.out", "Quartz.out"}));
+    QCOMPARE(dock.references()->topLevelItemCount(), 2);
+    QCOMPARE(tickLegends(view), QStringList{QStringLiteral("Quartz.out")});
+}
+
+void XrayDiffractionTest::assignmentEditsChangeTheRefinementInput() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    fixture.window->dispatch(ui::kCmdRefineCell);
+    const std::filesystem::path input = dock.lastInput();
+    const std::vector<std::string> before = inputLines(input);
+    const std::vector<PeakAssignment> assignments = phaseOf(fixture).assignments;
+    QCOMPARE(before.size(), assignments.size());
+    XrayPeakTable& table = *dock.peakTable();
+
+    // "none" unassigns the first indexed peak: its line leaves the input.
+    table.topLevelItem(assignments[0].peak)->setText(XrayPeakTable::kHkl, QStringLiteral("none"));
+    fixture.window->dispatch(ui::kCmdRefineCell);
+    std::vector<std::string> after = inputLines(input);
+    QCOMPARE(after, std::vector<std::string>(before.begin() + 1, before.end()));
+
+    // A typed h k l replaces the second peak's; the table shows it.
+    QTreeWidgetItem* second = table.topLevelItem(assignments[1].peak);
+    second->setText(XrayPeakTable::kHkl, QStringLiteral("2 0 1"));
+    QCOMPARE(second->text(XrayPeakTable::kHkl), QStringLiteral("2 0 1"));
+    fixture.window->dispatch(ui::kCmdRefineCell);
+    after = inputLines(input);
+    QCOMPARE(after.size(), before.size() - 1);
+    QVERIFY(after[0].starts_with("2 0 1 1 "));
+    QCOMPARE(after[0].substr(8), before[1].substr(8)); // the same peak, weight and all
+
+    // A peak taken out of use leaves the input too.
+    table.topLevelItem(assignments[2].peak)->setCheckState(XrayPeakTable::kUse, Qt::Unchecked);
+    QVERIFY(!phaseOf(fixture).peaks.USEPK[static_cast<std::size_t>(assignments[2].peak)]);
+    fixture.window->dispatch(ui::kCmdRefineCell);
+    QCOMPARE(inputLines(input).size(), before.size() - 2);
+    QVERIFY(fixture.interaction->errors.empty());
+}
+
+void XrayDiffractionTest::projectReopensWithPeaksAndAssignments() {
+    WindowFixture fixture;
+    prepare(fixture);
+    XrayPeakTable& table = *dockOf(fixture).peakTable();
+    table.topLevelItem(phaseOf(fixture).assignments[0].peak)
+        ->setText(XrayPeakTable::kHkl, QStringLiteral("none")); // the user's edit is kept too
+    const XrayPhase saved = phaseOf(fixture);
+    fixture.interaction->saveName =
+        QString::fromStdString((fixture.home.path() / "quartz.xproj").string());
+    QCOMPARE(fixture.window->dispatch(ui::kCmdSaveXrayProject), ui::DispatchResult::Done);
+    const std::filesystem::path mainFile = fixture.home.path() / "quartz" / "quartz.xproj";
+    QVERIFY(std::filesystem::exists(mainFile));
+    QCOMPARE(fixture.state.xrayPeak.projectFile, mainFile);
+
+    WindowFixture reopened;
+    reopened.interaction->filesToOpen = {QString::fromStdString(mainFile.string())};
+    QCOMPARE(reopened.window->dispatch(ui::kCmdOpenXrayProject), ui::DispatchResult::Done);
+    QVERIFY(reopened.interaction->errors.empty());
+    QCOMPARE(reopened.state.specdata.count(), 1);
+    QCOMPARE(reopened.state.specdata.NUMDATA[0], fixture.state.specdata.NUMDATA[0]);
+    const XrayPhase& phase = phaseOf(reopened);
+    QCOMPARE(phase.peaks.PKPRMS, saved.peaks.PKPRMS);
+    QCOMPARE(phase.peaks.USEPK, saved.peaks.USEPK);
+    QCOMPARE(assigned(phase), assigned(saved));
+    QCOMPARE(dockOf(reopened).peakTable()->topLevelItemCount(), saved.peaks.count());
+    QCOMPARE(tickLegends(*reopened.window->view()), QStringList{QStringLiteral("Quartz.out")});
+    reopened.window->dispatch(ui::kCmdRefineCell);
+    QVERIFY(cellNearQuartz(reopened.state.datastff));
+}
+
+void XrayDiffractionTest::createSpectrumFromDifAddsAPattern() {
+    WindowFixture fixture;
+    fixture.window->openFiles({patternCopy(fixture)});
+    fixture.window->dispatch(ui::kCmdXrayMode);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    dock.openReferences({reference("Halite.out")});
+    fixture.interaction->onDialog = [](QDialog&) { return QDialog::Accepted; };
+    QCOMPARE(dock.dispatch(ui::kCmdCreateSpectrumFromDif), ui::DispatchResult::Done);
+    QCOMPARE(fixture.interaction->dialogs.back(), QStringLiteral("Create Spectrum From DIF"));
+    const SPECDATA_GLOBALS& s = fixture.state.specdata;
+    QCOMPARE(s.count(), 2);
+    QCOMPARE(s.DTYPE[1], std::string("XRD"));
+    QCOMPARE(std::filesystem::path(s.PATH[1]),
+             fixture.home.path() / "TempFold" / "Halite_theoretical.txt");
+    // Halite.out runs from 27.37 to 83.99 degrees: 25 to 86 in steps of 0.01.
+    QCOMPARE(s.NUMDATA[1], 6101);
+    QCOMPARE(fixture.window->view()->drawnSpectra().size(), std::size_t{2});
+
+    // The new pattern is the active one, and a pattern like any other.
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(fixture.interaction->errors.empty());
+    QCOMPARE(fixture.state.xrayPeak.pattern, 1);
+    QCOMPARE(phaseOf(fixture).assignments.size(), std::size_t{9});
+}
+
+void XrayDiffractionTest::popupCommandsDispatchOnTheSelectedReference() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    // With a Raman spectrum the mode opens, but there is no pattern to fit.
+    QCOMPARE(fixture.window->dispatch(ui::kCmdXrayMode), ui::DispatchResult::Done);
+    QCOMPARE(fixture.window->dispatch(ui::kCmdFindXrayPeaks), ui::DispatchResult::Greyed);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    QCOMPARE(dock.dispatch(ui::kCmdOpenOriginalDif), ui::DispatchResult::Greyed);
+    QCOMPARE(dock.dispatch(ui::kCmdFindPeaks), ui::DispatchResult::Unknown);
+
+    dock.openReferences({reference("Quartz.out")});
+    QString shown;
+    int rows = -1;
+    fixture.interaction->onDialog = [&](QDialog& dialog) {
+        if (const auto* text = qobject_cast<ui::TextViewDialog*>(&dialog)) {
+            shown = text->text();
+        } else if (const auto* table = qobject_cast<ui::ReferenceTableDialog*>(&dialog)) {
+            rows = table->table()->topLevelItemCount();
+        }
+        return QDialog::Rejected;
+    };
+    const auto& dialogs = fixture.interaction->dialogs;
+    QCOMPARE(dock.dispatch(ui::kCmdOpenOriginalDif), ui::DispatchResult::Done);
+    QCOMPARE(dialogs.back(), QStringLiteral("Quartz.out (original)"));
+    QVERIFY(shown.contains(QStringLiteral("CELL PARAMETERS:")));
+    QCOMPARE(dock.dispatch(ui::kCmdOpenAdjustedDif), ui::DispatchResult::Done);
+    QVERIFY(shown.startsWith(QStringLiteral("PATH ")));
+    QVERIFY(shown.contains(QStringLiteral("\nNAME Quartz.out\n")));
+    QCOMPARE(dock.dispatch(ui::kCmdViewReference), ui::DispatchResult::Done);
+    QCOMPARE(dialogs.back(), QStringLiteral("Reference Quartz.out"));
+    QCOMPARE(rows, 28);
+    QCOMPARE(dock.dispatch(ui::kCmdOpenGreltDatabase), ui::DispatchResult::Greyed);
+
+    // The main window's pop-ups, as the list and the View... button show them.
+    QMenu& files = *fixture.window->diffractionFilePopup();
+    emit files.aboutToShow();
+    for (const QAction* action : files.actions()) {
+        QVERIFY(action->isEnabled());
+    }
+    files.actions().front()->trigger();
+    QCOMPARE(dialogs.back(), QStringLiteral("Quartz.out (original)"));
+    QMenu& references = *fixture.window->referencePopup();
+    emit references.aboutToShow();
+    QVERIFY(references.actions()[0]->isEnabled());
+    QVERIFY(!references.actions()[1]->isEnabled());
+    QVERIFY(fixture.interaction->errors.empty());
+}
+
+// Runs without a user (the screenshots of the documentation) answer every box at once.
+void XrayDiffractionTest::unattendedRunsNeverWait() {
+    TempFolder home;
+    ProgramState state;
+    ui::MainWndProc window(
+        state, {home.path(), sourcePath("docs"), std::make_shared<ui::UnattendedInteraction>()});
+    window.setCoreHooks({});
+    window.startUp();
+    bool waited = false;
+    QTimer watchdog;
+    watchdog.setSingleShot(true);
+    QObject::connect(&watchdog, &QTimer::timeout, [&waited] {
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            waited = true;
+            modal->close();
+        }
+    });
+    watchdog.start(3000);
+    QCOMPARE(window.dispatch(ui::kCmdConsistencyExam), ui::DispatchResult::Done);
+    QCOMPARE(window.openFiles({QString::fromStdString((home.path() / "none.txt").string())}), 0);
+    QCOMPARE(window.dispatch(ui::kCmdAbout), ui::DispatchResult::Done);
+    QVERIFY(!waited);
+}
+
+} // namespace quarvex::test

@@ -1,0 +1,22 @@
+// The X-ray Diffraction mode: the workflow in five actions to a refined cell, the reference
+// list, edits of the assignments, projects, the theoretical pattern and the pop-up commands.
+#pragma once
+
+#include <QObject>
+
+namespace quarvex::test {
+
+class XrayDiffractionTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void workflowTakesFiveActions();
+    void referenceListOrdersDeletesAndTicks();
+    void assignmentEditsChangeTheRefinementInput();
+    void projectReopensWithPeaksAndAssignments();
+    void createSpectrumFromDifAddsAPattern();
+    void popupCommandsDispatchOnTheSelectedReference();
+    void unattendedRunsNeverWait();
+};
+
+} // namespace quarvex::test
