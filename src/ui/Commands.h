@@ -57,6 +57,11 @@ inline constexpr int kCmdNewXrayProject = 30081;  ///< X-ray Diffraction: a new 
 inline constexpr int kCmdOpenXrayProject = 30082; ///< X-ray Diffraction: open a project
 inline constexpr int kCmdSaveXrayProject = 30083; ///< X-ray Diffraction: save the project
 
+/// The buttons of the X-ray Diffraction mode (Open Reference... to Save Project).
+constexpr bool isXrayButtonCommand(int command) {
+    return command >= kCmdOpenReference && command <= kCmdSaveXrayProject;
+}
+
 // The X-ray Diffraction mode's own pop-up commands (its dialog dispatches them; their numbers
 // overlap the recent-file range of the main window).
 inline constexpr int kCmdOpenOriginalDif = 30038;

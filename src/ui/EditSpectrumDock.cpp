@@ -51,14 +51,6 @@ void fitColumns(QTreeWidget* tree) {
     }
 }
 
-QLabel* note(QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    return label;
-}
-
 QString positionList(const std::vector<float>& positions) {
     QStringList texts;
     for (const float x : positions) {
@@ -78,7 +70,7 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
 
     auto* windowBox = new QGroupBox(QStringLiteral("Window"), body);
     auto* windowLayout = new QVBoxLayout(windowBox);
-    spectrumLabel_ = note(windowBox);
+    spectrumLabel_ = noteLabel(windowBox);
     windowLayout->addWidget(spectrumLabel_);
     window_ = new RangeEditor(
         context_.view, [this](QString& text) { return defaultWindow(text); }, windowBox);
@@ -102,7 +94,7 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
     peaksLayout->addWidget(findButton, 1, 0);
     peaksLayout->addWidget(placeButton_, 1, 1);
     peaksLayout->addWidget(clearPeaks, 1, 2);
-    peakNote_ = note(peaksBox);
+    peakNote_ = noteLabel(peaksBox);
     peaksLayout->addWidget(peakNote_, 2, 0, 1, 3);
     layout->addWidget(peaksBox);
 
@@ -126,7 +118,7 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
                        QStringLiteral("Height"), QStringLiteral("Area"), QStringLiteral("Mix")},
                       fitPage);
     fitLayout->addWidget(fitTable_, 1);
-    fitSummary_ = note(fitPage);
+    fitSummary_ = noteLabel(fitPage);
     fitLayout->addWidget(fitSummary_);
     tabs_->addTab(fitPage, QStringLiteral("Fit Results"));
     auto* peakPage = new QWidget(tabs_);
@@ -135,7 +127,7 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
     peakTable_ = table({QStringLiteral("#"), QStringLiteral("Position"), QStringLiteral("Height")},
                        peakPage);
     peakLayout->addWidget(peakTable_, 1);
-    peakSummary_ = note(peakPage);
+    peakSummary_ = noteLabel(peakPage);
     peakLayout->addWidget(peakSummary_);
     tabs_->addTab(peakPage, QStringLiteral("Peaks Found"));
     layout->addWidget(tabs_, 1);

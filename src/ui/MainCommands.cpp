@@ -83,15 +83,10 @@ bool isMainWindowCommand(int command) {
     case kCmdFindPeaks:
     case kCmdFitPeaks:
     case kCmdCopyFitTable:
-    case kCmdOpenReference:
-    case kCmdFindXrayPeaks:
-    case kCmdRefineCell:
-    case kCmdNewXrayProject:
-    case kCmdOpenXrayProject:
-    case kCmdSaveXrayProject:
         return true;
     default:
-        return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast;
+        return isXrayButtonCommand(command) ||
+               (command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast);
     }
 }
 
@@ -154,12 +149,6 @@ void MainWndProc::runCommand(int command) {
         runModeCommand(command);
         break;
     case kCmdXrayMode:
-    case kCmdOpenReference:
-    case kCmdFindXrayPeaks:
-    case kCmdRefineCell:
-    case kCmdNewXrayProject:
-    case kCmdOpenXrayProject:
-    case kCmdSaveXrayProject:
         runXrayCommand(command);
         break;
     case kCmdHelpContents:
@@ -214,6 +203,9 @@ void MainWndProc::runCommand(int command) {
         fileManager_->selectSpectrum(target);
         break;
     default:
+        if (isXrayButtonCommand(command)) {
+            runXrayCommand(command);
+        }
         break; // greyed commands never arrive here
     }
 }
@@ -327,27 +319,18 @@ void MainWndProc::runXrayCommand(int command) {
         showMode(xray_);
         xray_->activate();
     }
-    switch (command) {
-    case kCmdOpenReference:
-        xray_->openReference();
-        break;
-    case kCmdFindXrayPeaks:
-        xray_->findPeaks();
-        break;
-    case kCmdRefineCell:
-        xray_->refine();
-        break;
-    case kCmdNewXrayProject:
-        xray_->newProject();
-        break;
-    case kCmdOpenXrayProject:
-        xray_->openProject();
-        break;
-    case kCmdSaveXrayProject:
-        xray_->saveProject();
-        break;
-    default:
-        break; // opening the mode was all
+    using Operation = void (XrayDiffractionDock::*)();
+    const std::pair<int, Operation> operations[] = {
+        {kCmdOpenReference, &XrayDiffractionDock::openReference},
+        {kCmdFindXrayPeaks, &XrayDiffractionDock::findPeaks},
+        {kCmdRefineCell, &XrayDiffractionDock::refine},
+        {kCmdNewXrayProject, &XrayDiffractionDock::newProject},
+        {kCmdOpenXrayProject, &XrayDiffractionDock::openProject},
+        {kCmdSaveXrayProject, &XrayDiffractionDock::saveProject}};
+    for (const auto& [number, operation] : operations) {
+        if (number == command) {
+            (xray_->*operation)();
+        }
     }
 }
 

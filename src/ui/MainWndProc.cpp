@@ -327,6 +327,9 @@ int MainWndProc::targetSpectrum() const {
 }
 
 bool MainWndProc::canRun(int command) const {
+    if (isXrayButtonCommand(command)) {
+        return xray_->canRun(command);
+    }
     const bool loaded = state_.specdata.count() > 0;
     switch (command) {
     case kCmdOpen:
@@ -345,13 +348,6 @@ bool MainWndProc::canRun(int command) const {
         return true;
     case kCmdCopyFitTable:
         return editSpectrum_->lastFit().has_value();
-    case kCmdOpenReference:
-    case kCmdFindXrayPeaks:
-    case kCmdRefineCell:
-    case kCmdNewXrayProject:
-    case kCmdOpenXrayProject:
-    case kCmdSaveXrayProject:
-        return xray_->canRun(command);
     case kCmdOpen2:
     case kCmdPrint:
     case kCmdZoomFull:

@@ -1,6 +1,8 @@
 // The spectrum the modes work on, and the points of a selected x-range.
 #include "ui/ModeContext.h"
 
+#include <QLabel>
+
 #include <algorithm>
 
 namespace quarvex::ui {
@@ -19,6 +21,14 @@ QString spectrumCaption(const SPECDATA_GLOBALS& specdata, int spectrum) {
     return QStringLiteral("<b>%1</b>&nbsp; %2 points")
         .arg(QString::fromStdString(specdata.NAME[k]).toHtmlEscaped())
         .arg(specdata.NUMDATA[k]);
+}
+
+QLabel* noteLabel(QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    return label;
 }
 
 PeakFitSettings peakFitSettings(const Preferences& preferences) {

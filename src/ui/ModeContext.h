@@ -8,6 +8,9 @@
 #include <filesystem>
 #include <memory>
 
+class QLabel;
+class QWidget;
+
 namespace quarvex::ui {
 
 class SpectrumView;
@@ -30,6 +33,9 @@ QString spectrumCaption(const SPECDATA_GLOBALS& specdata, int spectrum);
 /// The peak search and fit settings of the preferences: profile (preference 2) and the peak
 /// search's noise segments, threshold, smoothing and least separation.
 PeakFitSettings peakFitSettings(const Preferences& preferences);
+
+/// A label for a mode's notes: wrapped, selectable, never widening its dock.
+QLabel* noteLabel(QWidget* parent);
 
 /// The run of points of x (ascending) within [low, high]: first index and count.
 struct PointRun {

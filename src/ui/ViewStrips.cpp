@@ -81,13 +81,16 @@ void SpectrumView::arrangeStrips(bool ticks, bool residual) {
         wanted.push_back(residualRect_);
     }
     if (wanted != strips_) {
+        // A strip out of the layout would still draw its axes where it was: hide it.
         for (QCPAxisRect* strip : strips_) {
             plotLayout()->take(strip);
+            strip->setVisible(false);
         }
         plotLayout()->simplify();
         QList<double> stretch{4.0};
         for (std::size_t i = 0; i < wanted.size(); ++i) {
             plotLayout()->addElement(static_cast<int>(i) + 1, 0, wanted[i]);
+            wanted[i]->setVisible(true);
             stretch.append(wanted[i] == residualRect_ ? 1.0 : 0.01);
         }
         plotLayout()->setRowStretchFactors(stretch);

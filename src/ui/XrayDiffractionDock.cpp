@@ -44,14 +44,6 @@ QString qText(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QLabel* note(QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    return label;
-}
-
 QToolButton* toolButton(QWidget* parent, const QString& text, const QString& tip) {
     auto* button = new QToolButton(parent);
     button->setText(text);
@@ -92,7 +84,7 @@ XrayDiffractionDock::XrayDiffractionDock(ModeContext context, QMenu& diffraction
 QWidget* XrayDiffractionDock::buildPatternBox() {
     auto* box = new QGroupBox(QStringLiteral("Pattern"), this);
     auto* grid = new QGridLayout(box);
-    patternLabel_ = note(box);
+    patternLabel_ = noteLabel(box);
     projectButton_ = new QPushButton(QStringLiteral("Project"), box);
     projectButton_->setToolTip(
         QStringLiteral("Keep the pattern, its peaks and their h k l as an X-ray project"));
@@ -119,7 +111,7 @@ QWidget* XrayDiffractionDock::buildPatternBox() {
     wavelength_->setSuffix(QStringLiteral(" Å"));
     wavelength_->setKeyboardTracking(false);
     wavelength_->setToolTip(QStringLiteral("The X-ray wavelength of the pattern (K-alpha1)"));
-    wavelengthNote_ = note(box);
+    wavelengthNote_ = noteLabel(box);
     grid->addWidget(patternLabel_, 0, 0, 1, 3);
     grid->addWidget(projectButton_, 0, 3, Qt::AlignTop);
     grid->addWidget(new QLabel(QStringLiteral("Wavelength:"), box), 1, 0);
@@ -148,12 +140,11 @@ QWidget* XrayDiffractionDock::buildReferenceBox() {
     references_->setSelectionMode(QAbstractItemView::SingleSelection);
     references_->setContextMenuPolicy(Qt::CustomContextMenu);
     references_->setIconSize(QSize(28, 12));
-    references_->header()->setStretchLastSection(false);
     references_->setToolTip(QStringLiteral(
         "Tick to show a reference's reflections; the first ticked one indexes the peaks. "
         "Double-click to view its reflections, right-click for its file"));
-    references_->setMinimumHeight(references_->fontMetrics().height() * 5);
-    references_->setMaximumHeight(references_->fontMetrics().height() * 7);
+    references_->setMinimumHeight(references_->fontMetrics().height() * 4);
+    references_->setMaximumHeight(references_->fontMetrics().height() * 5);
     layout->addWidget(references_);
 
     auto* buttons = new QHBoxLayout();
@@ -163,10 +154,8 @@ QWidget* XrayDiffractionDock::buildReferenceBox() {
                              QStringLiteral("The reflections of the selected reference"));
     viewButton_->setPopupMode(QToolButton::MenuButtonPopup);
     upButton_ = toolButton(box, QStringLiteral("Up"), QStringLiteral("Move the reference up"));
-    upButton_->setArrowType(Qt::UpArrow);
     downButton_ =
         toolButton(box, QStringLiteral("Down"), QStringLiteral("Move the reference down"));
-    downButton_->setArrowType(Qt::DownArrow);
     deleteButton_ = toolButton(box, QStringLiteral("Delete"),
                                QStringLiteral("Remove the reference from the list"));
     buttons->addWidget(openButton_);
@@ -176,7 +165,7 @@ QWidget* XrayDiffractionDock::buildReferenceBox() {
     buttons->addWidget(downButton_);
     buttons->addWidget(deleteButton_);
     layout->addLayout(buttons);
-    indexNote_ = note(box);
+    indexNote_ = noteLabel(box);
     layout->addWidget(indexNote_);
 
     connect(openButton_, &QPushButton::clicked, this,
@@ -209,7 +198,7 @@ QWidget* XrayDiffractionDock::buildPeakBox() {
     findButton_ = new QPushButton(QStringLiteral("Find && Fit Peaks"), box);
     findButton_->setToolTip(QStringLiteral("Find the pattern's peaks, fit them and index them "
                                            "from the first ticked reference"));
-    peakSummary_ = note(box);
+    peakSummary_ = noteLabel(box);
     row->addWidget(findButton_);
     row->addWidget(peakSummary_, 1);
     layout->addLayout(row);
@@ -530,7 +519,9 @@ void XrayDiffractionDock::refreshResults() {
     if (!lastInput_.empty() && file.open(QIODevice::ReadOnly)) {
         report = QString::fromUtf8(file.readAll());
     }
-    report_->setPlainText(report);
+    if (report != report_->toPlainText()) {
+        report_->setPlainText(report); // only a new report moves the reader back to its top
+    }
     updateButtons();
 }
 

@@ -87,7 +87,7 @@ public:
 
     QTreeWidget* references() const { return references_; }
     XrayPeakTable* peakTable() const { return peakTable_; }
-    /// The refined cell as shown (plain text), and the report.
+    /// The refined cell as shown (rich text), and the report.
     QString cellText() const;
     QString reportText() const;
     /// The refinement input written by the last Refine.

@@ -415,8 +415,12 @@ void XrayDiffractionDock::openProject() {
         for (int r = 0; r < state.diff.count(); ++r) {
             listed = listed || sourceOf(state.diff, r) == p->source;
         }
-        if (!listed) {
-            OPEN_AND_READ_DIFF_FILE(state.diff, p->source, GET_IMPDIFF_PATH(context_.home));
+        try {
+            if (!listed) {
+                OPEN_AND_READ_DIFF_FILE(state.diff, p->source, GET_IMPDIFF_PATH(context_.home));
+            }
+        } catch (const QuarvexError&) {
+            // The project holds the reflections it was indexed from; the ticks can wait.
         }
     }
     emit spectraAdded();

@@ -1,6 +1,7 @@
 // The matched table: its rows, the h k l editor with the nearby reflections, the use flags.
 #include "ui/XrayPeakTable.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QRegularExpression>
@@ -27,6 +28,7 @@ public:
             box->addItems(table_.choices(index.row()));
         }
         box->addItem(QString::fromUtf8(XrayPeakTable::kNone));
+        box->view()->setMinimumWidth(box->view()->sizeHintForColumn(0) + 24);
         return box;
     }
 
