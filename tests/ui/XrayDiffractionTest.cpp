@@ -145,6 +145,23 @@ void XrayDiffractionTest::workflowTakesFiveActions() {
     QVERIFY(dock.cellText().contains(QStringLiteral("4.9123")));
     QVERIFY(dock.reportText().contains(QStringLiteral("MACHINE ERROR")));
     QVERIFY(std::filesystem::exists(fixture.home.path() / "quartz_pattern_refine.DAT"));
+
+    // Another wavelength: the peaks' d follow Bragg's law, and they are indexed anew from the
+    // reflections' positions at that wavelength.
+    const int peak = strongest->peak;
+    constexpr double kMolybdenum = 0.709319;
+    constexpr double kDegree = 3.141592653589793 / 180.0;
+    dock.setWavelength(kMolybdenum);
+    const double theta = 0.5 * phase.peaks.twoTheta(peak) * kDegree;
+    QVERIFY(std::abs(phase.peaks.PKDSP[static_cast<std::size_t>(peak)] -
+                     kMolybdenum / (2.0 * std::sin(theta))) < 1e-5);
+    for (const PeakAssignment& a : phase.assignments) {
+        const auto input = std::find(phase.IHKL.begin(), phase.IHKL.end(), a.hkl);
+        const double d = phase.IDSP[static_cast<std::size_t>(input - phase.IHKL.begin())];
+        const double expected = 2.0 * std::asin(kMolybdenum / (2.0 * d)) / kDegree;
+        QVERIFY(std::abs(a.referenceTwoTheta - expected) < 1e-3);
+        QVERIFY(std::abs(phase.peaks.twoTheta(a.peak) - expected) <= 0.1);
+    }
 }
 
 void XrayDiffractionTest::referenceListOrdersDeletesAndTicks() {
