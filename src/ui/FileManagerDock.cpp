@@ -130,10 +130,15 @@ void FileManagerDock::HANDLE_FILEMANAGER_LISTVIEW() {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const int selected = selectedSpectrum();
     filling_ = true;
-    table_->clear();
+    // Rows are updated in place while their number stays: a tick box's change arrives here
+    // while its row is still being changed.
+    const bool sameRows = table_->topLevelItemCount() == s.count();
+    if (!sameRows) {
+        table_->clear();
+    }
     for (int k = 0; k < s.count(); ++k) {
         const MINERALINFO& header = s.HEADER[at(k)];
-        auto* item = new QTreeWidgetItem(table_);
+        QTreeWidgetItem* item = sameRows ? table_->topLevelItem(k) : new QTreeWidgetItem(table_);
         item->setText(kNumber, QString::number(k + 1));
         item->setIcon(kNumber, colourSwatch(spectrumColour(state_.painting, k)));
         item->setCheckState(kNumber, s.VISIBLE[at(k)] ? Qt::Checked : Qt::Unchecked);
@@ -147,12 +152,10 @@ void FileManagerDock::HANDLE_FILEMANAGER_LISTVIEW() {
         item->setText(kType, text(s.DTYPE[at(k)]));
         item->setText(kPoints, QString::number(s.NUMDATA[at(k)]));
         item->setTextAlignment(kPoints, Qt::AlignRight | Qt::AlignVCenter);
-        if (s.ACTIVE[at(k)]) {
-            QFont bold = item->font(kName);
-            bold.setBold(true);
-            for (int column = 0; column < table_->columnCount(); ++column) {
-                item->setFont(column, bold);
-            }
+        QFont font = item->font(kName);
+        font.setBold(s.ACTIVE[at(k)]);
+        for (int column = 0; column < table_->columnCount(); ++column) {
+            item->setFont(column, font);
         }
     }
     for (int column = 0; column < table_->columnCount(); ++column) {

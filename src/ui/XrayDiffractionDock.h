@@ -103,27 +103,30 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    enum ReferenceColumn { kRefNumber, kRefMineral, kRefFile, kRefSystem, kRefLines, kRefColumns };
+
     // Layout (XrayDiffractionDock.cpp)
     QWidget* buildPatternBox();
     QWidget* buildReferenceBox();
     QWidget* buildPeakBox();
     QWidget* buildRefineBox();
     void connectPopup(QMenu& popup);
-    // State of the mode
+    // State of the mode, and showing it (XrayDiffractionView.cpp)
     XrayPhase* phase();
     const XrayPhase* phase() const;
     int firstActive() const;
+    /// The file of reference `reference` (0-based; -1: none), as a phase names its source.
+    std::string referenceSource(int reference) const;
     bool isDiffractionPattern(int spectrum) const;
     WavelengthChoice wavelengthChoice(int spectrum) const;
     std::vector<double> wavelengths() const;
-    // Showing it
     void refreshPattern();
     void refreshReferences();
     void refreshPhase();
     void refreshResults();
     void showTicks();
     void updateButtons();
-    // Working on it (XrayDiffractionWork.cpp)
+    // Working on it (XrayDiffractionWork.cpp, XrayDiffractionFiles.cpp)
     void afterListChange(const std::string& indexedBefore);
     void indexFromFirstActive();
     void applyWavelengths(const WavelengthChoice& choice);

@@ -1,25 +1,16 @@
 // What the X-ray Diffraction dock does: opening and arranging references, finding and indexing
-// the peaks, the user's edits, the refinement, projects and the pop-up commands.
+// the peaks, the user's edits and the refinement.
 #include "ui/XrayDiffractionDock.h"
 
 #include "common/QuarvexError.h"
-#include "common/WorkingFolders.h"
-#include "specdata/SpecDataManager.h"
 #include "ui/ProgressRunner.h"
-#include "ui/XrayDialogs.h"
 #include "ui/XrayPeakTable.h"
 #include "xray/Refine.h"
 #include "xray/RefineInputWriter.h"
-#include "xray/TheoreticalPattern.h"
 #include "xray/XrayDataAndFileManager.h"
 #include "xray/XrayMessages.h"
 #include "xray/XrayPeakFit.h"
-#include "xray/XrayProjNew.h"
-#include "xray/XrayProjRead.h"
-#include "xray/XrayProjSave.h"
 
-#include <QDialog>
-#include <QDir>
 #include <QFileInfo>
 #include <QTabWidget>
 
@@ -46,14 +37,6 @@ QString qText(std::string_view text) {
     throw QuarvexError(text, std::string(kXrayDiffractionTitle));
 }
 
-// The file of reference `reference`, as a phase names its source.
-std::string sourceOf(const DIFF_GLOBALS& diff, int reference) {
-    if (reference < 0) {
-        return {};
-    }
-    return (std::filesystem::path(diff.PATH[at(reference)]) / diff.NAME[at(reference)]).string();
-}
-
 } // namespace
 
 void XrayDiffractionDock::openReference() {
@@ -66,7 +49,7 @@ void XrayDiffractionDock::openReference() {
 
 int XrayDiffractionDock::openReferences(const QStringList& paths) {
     DIFF_GLOBALS& diff = context_.state.diff;
-    const std::string before = sourceOf(diff, firstActive());
+    const std::string before = referenceSource(firstActive());
     int opened = 0;
     for (const QString& path : paths) {
         try {
@@ -97,7 +80,7 @@ void XrayDiffractionDock::moveReference(int from, int to) {
     if (from < 0 || to < 0 || from >= diff.count() || to >= diff.count()) {
         return;
     }
-    const std::string before = sourceOf(diff, firstActive());
+    const std::string before = referenceSource(firstActive());
     SORT_DIFF_FILE_ORDER(diff, from, to);
     afterListChange(before);
     selectReference(to);
@@ -108,7 +91,7 @@ void XrayDiffractionDock::deleteReference(int reference) {
     if (reference < 0 || reference >= diff.count()) {
         return;
     }
-    const std::string before = sourceOf(diff, firstActive());
+    const std::string before = referenceSource(firstActive());
     const int selected[] = {reference};
     DELETE_DIFF_FILES(diff, selected);
     afterListChange(before);
@@ -119,7 +102,7 @@ void XrayDiffractionDock::setReferenceActive(int reference, bool active) {
     if (reference < 0 || reference >= diff.count()) {
         return;
     }
-    const std::string before = sourceOf(diff, firstActive());
+    const std::string before = referenceSource(firstActive());
     diff.ACTIVE[at(reference)] = active;
     afterListChange(before);
     selectReference(reference);
@@ -128,7 +111,7 @@ void XrayDiffractionDock::setReferenceActive(int reference, bool active) {
 // The peaks are indexed anew when the first active reference is another one than before.
 void XrayDiffractionDock::afterListChange(const std::string& indexedBefore) {
     const int first = firstActive();
-    if (phase() != nullptr && first >= 0 && sourceOf(context_.state.diff, first) != indexedBefore) {
+    if (phase() != nullptr && first >= 0 && referenceSource(first) != indexedBefore) {
         indexFromFirstActive();
     }
     refreshPattern();
@@ -345,169 +328,6 @@ QStringList XrayDiffractionDock::hklChoices(int peak) const {
                            .arg(static_cast<double>(c.intensity), 0, 'f', 1));
     }
     return choices;
-}
-
-void XrayDiffractionDock::newProject() {
-    ProgramState& state = context_.state;
-    XRAY_PEAK_GLOBALS& x = state.xrayPeak;
-    const int k = phase() != nullptr ? x.pattern : activeSpectrum(state.specdata);
-    requireDiffractionPattern(k);
-    const QFileInfo pattern(QString::fromStdString(state.specdata.PATH[at(k)]));
-    const QString given = context_.interaction->askSaveFileName(
-        this, qText(kNewProjectPrompt),
-        pattern.dir().filePath(pattern.completeBaseName() + qText(kProjectExtension)),
-        qtFileFilter(kProjectFilter));
-    if (given.isEmpty()) {
-        return;
-    }
-    if (phase() == nullptr) {
-        // A project of a pattern whose peaks are still to be found.
-        x.pattern = k;
-        patternPath_ = state.specdata.PATH[at(k)];
-        applyWavelengths(wavelengthChoice(k));
-    }
-    const XrayProject project = projectFromState(state.specdata, x);
-    const std::filesystem::path mainFile = XRAYPROJNEW(given.toStdString(), project);
-    if (!x.phases.empty()) {
-        XRAYPROJSAVE(mainFile, project);
-    }
-    x.projectFile = mainFile;
-    emit statusMessage(
-        QStringLiteral("Created the project %1").arg(QString::fromStdString(mainFile.string())));
-}
-
-void XrayDiffractionDock::saveProject() {
-    XRAY_PEAK_GLOBALS& x = context_.state.xrayPeak;
-    if (x.projectFile.empty() || phase() == nullptr) {
-        newProject();
-        return;
-    }
-    XRAYPROJSAVE(x.projectFile, projectFromState(context_.state.specdata, x));
-    emit statusMessage(
-        QStringLiteral("Saved the project %1").arg(QString::fromStdString(x.projectFile.string())));
-}
-
-void XrayDiffractionDock::openProject() {
-    ProgramState& state = context_.state;
-    const int active = activeSpectrum(state.specdata);
-    const QString folder =
-        active >= 0
-            ? QFileInfo(QString::fromStdString(state.specdata.PATH[at(active)])).absolutePath()
-            : QString::fromStdString(context_.home.string());
-    const QStringList files = context_.interaction->askOpenFileNames(
-        this, QStringLiteral("Open X-ray Project"), folder, qtFileFilter(kProjectFilter));
-    if (files.isEmpty()) {
-        return;
-    }
-    const int k = openXrayProject(files.front().toStdString(), state.specdata, state.xrayPeak);
-    patternPath_ = state.specdata.PATH[at(k)];
-    shownPath_ = patternPath_;
-    typedWavelength_.reset();
-    resultsShown_ = false;
-    wavelengthSource_ = "project";
-    if (state.xrayPeak.wavelengths.empty()) {
-        applyWavelengths(wavelengthChoice(k));
-    }
-    // The phase's reference joins the list, for its ticks, when it is still where it was.
-    const XrayPhase* p = phase();
-    if (p != nullptr && !p->source.empty() && std::filesystem::exists(p->source)) {
-        bool listed = false;
-        for (int r = 0; r < state.diff.count(); ++r) {
-            listed = listed || sourceOf(state.diff, r) == p->source;
-        }
-        try {
-            if (!listed) {
-                OPEN_AND_READ_DIFF_FILE(state.diff, p->source, GET_IMPDIFF_PATH(context_.home));
-            }
-        } catch (const QuarvexError&) {
-            // The project holds the reflections it was indexed from; the ticks can wait.
-        }
-    }
-    emit spectraAdded();
-    emit statusMessage(QStringLiteral("Opened the project %1")
-                           .arg(QString::fromStdString(state.xrayPeak.projectFile.string())));
-}
-
-DispatchResult XrayDiffractionDock::dispatch(int command) {
-    switch (command) {
-    case kCmdOpenOriginalDif:
-    case kCmdOpenAdjustedDif:
-    case kCmdViewReference:
-    case kCmdOpenGreltDatabase:
-    case kCmdCreateSpectrumFromDif:
-        break;
-    default:
-        return DispatchResult::Unknown;
-    }
-    if (!canRun(command)) {
-        return DispatchResult::Greyed;
-    }
-    try {
-        if (command == kCmdCreateSpectrumFromDif) {
-            createSpectrumFromDif();
-        } else if (command == kCmdViewReference) {
-            ReferenceTableDialog dialog(context_.state.diff, selectedReference(), this);
-            context_.interaction->execDialog(dialog);
-        } else {
-            viewReferenceFile(command == kCmdOpenAdjustedDif);
-        }
-    } catch (const QuarvexError& error) {
-        context_.interaction->showError(this, QString::fromStdString(error.text()),
-                                        QString::fromStdString(error.title()));
-    }
-    return DispatchResult::Done;
-}
-
-// Open Original... shows the reference file as it is; Open Adjusted... its import record, the
-// lines the reader took from it.
-void XrayDiffractionDock::viewReferenceFile(bool adjusted) {
-    const DIFF_GLOBALS& diff = context_.state.diff;
-    const auto r = at(selectedReference());
-    std::filesystem::path path = sourceOf(diff, selectedReference());
-    QString title = QStringLiteral("%1 (original)").arg(QString::fromStdString(diff.NAME[r]));
-    if (adjusted) {
-        path = GET_IMPDIFF_PATH(context_.home) /
-               (path.stem().string() + std::string(kImportRecordExtension));
-        title = QStringLiteral("%1 (import record of %2)")
-                    .arg(QString::fromStdString(path.filename().string()),
-                         QString::fromStdString(diff.NAME[r]));
-    }
-    TextViewDialog dialog(title, readTextFile(path), this);
-    context_.interaction->execDialog(dialog);
-}
-
-// The theoretical pattern is written to the home folder's TempFold and read from there like
-// any spectrum file, so that it has a file of its own (a refinement writes beside it).
-void XrayDiffractionDock::createSpectrumFromDif() {
-    ProgramState& state = context_.state;
-    const int r = selectedReference();
-    TheoreticalPatternSettings settings;
-    settings.wavelength = wavelengths().front();
-    TheoreticalPatternDialog dialog(QString::fromStdString(state.diff.NAME[at(r)]), settings, this);
-    if (context_.interaction->execDialog(dialog) != QDialog::Accepted) {
-        return;
-    }
-    settings = dialog.settings();
-    const TheoreticalPattern pattern = theoreticalPattern(state.diff, r, settings);
-    const std::filesystem::path folder = context_.home / kTempFolder;
-    std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
-    const std::string stem = std::filesystem::path(state.diff.NAME[at(r)]).stem().string();
-    std::filesystem::path file;
-    for (int n = 1; file.empty() || std::count(state.specdata.PATH.begin(),
-                                               state.specdata.PATH.end(), file.string()) > 0;
-         ++n) {
-        file = folder / (stem + "_theoretical" + (n > 1 ? "_" + std::to_string(n) : "") + ".txt");
-    }
-    const std::string title = state.diff.TITLE[at(r)].empty() ? stem : state.diff.TITLE[at(r)];
-    writeTheoreticalPattern(file, pattern, title + " (theoretical)",
-                            theoreticalPatternNotes(state.diff, r, settings, pattern));
-    READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
-    emit spectraAdded();
-    emit statusMessage(QStringLiteral("Created %1: %2 points, %3 reflections")
-                           .arg(QString::fromStdString(file.string()))
-                           .arg(pattern.x.size())
-                           .arg(pattern.reflections));
 }
 
 } // namespace quarvex::ui
