@@ -56,8 +56,15 @@ QString refinedCellHtml(const INOUTPARMS& io, const DATASTFF& data,
     } else {
         run.append(QStringLiteral("no machine-error search"));
     }
-    run.append(io.iterationLimitHit ? QStringLiteral("iteration limit reached")
-                                    : QStringLiteral("%1 iterations").arg(io.iterations));
+    // Q is linear in the reciprocal-metric terms and the iteration starts from that linear
+    // optimum, so no pass changing the cell is the normal outcome, not a failure.
+    if (io.iterationLimitHit) {
+        run.append(QStringLiteral("iteration limit reached"));
+    } else if (io.iterations == 0) {
+        run.append(QStringLiteral("linear solution"));
+    } else {
+        run.append(QStringLiteral("%1 iterations").arg(io.iterations));
+    }
     return html +
            QStringLiteral("<p style='margin-top:3px'>%1</p>").arg(run.join(QStringLiteral(" · ")));
 }
