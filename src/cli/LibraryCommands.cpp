@@ -1,10 +1,11 @@
-// quarvex-cli compile and quarvex-cli search: compile the Raman library of the home folder and
-// search a spectrum file against it.
+// quarvex-cli compile, search and consistency: compile the Raman library of the home folder,
+// search a spectrum file against it, examine it.
 #include "cli/CliCommand.h"
 #include "cli/JsonOutput.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "library/ConsistencyExam.h"
 #include "library/DotProdSearch.h"
 #include "specdata/SpecDataManager.h"
 
@@ -163,6 +164,54 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
     return 0;
 }
 
+Json examinedJson(const ExaminedEntry& exam) {
+    Json entry{{"entry", exam.entry}, {"file", exam.fileName}, {"names", exam.names}};
+    if (!exam.problem.empty()) {
+        entry["problem"] = exam.problem;
+        return entry;
+    }
+    entry.update({{"score", exam.selfScore},
+                  {"rank", exam.rank},
+                  {"closest", exam.closest},
+                  {"closest_score", exam.closestScore},
+                  {"passes", exam.passes()}});
+    return entry;
+}
+
+// Lists the entries that did not pass (all of them with --json), then the summary.
+int runConsistency(bool json, ProgramState& state) {
+    const ConsistencyExamResult exam =
+        runConsistencyExam(state.quarvex.programFolder, terminalProgress());
+    if (exam.compilation) {
+        std::cerr << "The library was compiled first.\n";
+        printCompilation(*exam.compilation, std::cerr);
+    }
+    if (json) {
+        Json entries = Json::array();
+        for (const ExaminedEntry& entry : exam.entries) {
+            entries.push_back(examinedJson(entry));
+        }
+        std::cout << Json{{"report", exam.report.string()}, {"entries", entries}}.dump(2) << '\n';
+        return 0;
+    }
+    for (const ExaminedEntry& entry : exam.entries) {
+        if (entry.passes()) {
+            continue;
+        }
+        std::cout << entry.entry << "  " << entry.fileName << ": ";
+        if (!entry.problem.empty()) {
+            std::cout << entry.problem << '\n';
+            continue;
+        }
+        std::array<char, 64> scores{};
+        std::snprintf(scores.data(), scores.size(), "score %.2f, rank %d, closest %d at %.2f",
+                      entry.selfScore, entry.rank, entry.closest, entry.closestScore);
+        std::cout << scores.data() << '\n';
+    }
+    std::cout << exam.summary() << "\nReport: " << exam.report.string() << '\n';
+    return 0;
+}
+
 } // namespace
 
 std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
@@ -183,7 +232,14 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
         ->check(CLI::PositiveNumber);
     search->add_flag("--json", options->json, "Print JSON instead of a table");
 
+    auto json = std::make_shared<bool>(false);
+    CLI::App* consistency = app.add_subcommand(
+        "consistency", "Examine the library: search every reference file against it and report "
+                       "entries that do not find themselves first or have a near twin");
+    consistency->add_flag("--json", *json, "Print every entry as JSON");
+
     return {{compile, runCompile},
+            {consistency, [json](ProgramState& state) { return runConsistency(*json, state); }},
             {search, [options](ProgramState& state) { return runSearch(*options, state); }}};
 }
 

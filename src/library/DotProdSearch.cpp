@@ -43,41 +43,6 @@ std::string firstValue(std::string_view line) {
     return value;
 }
 
-// The entry descriptions: the names of the name list, then five lines of name information per
-// entry (identifier and names read free-format, the other three as whole lines).
-LIBRARY_GLOBALS loadEntries(const std::filesystem::path& folder) {
-    LineReader nameList(folder / kNameListFile, kNameListWidth);
-    LineReader nameInfo(folder / kNameInfoFile, kNameInfoWidth);
-    if (!nameList.isOpen() || !nameInfo.isOpen()) {
-        throwNeedsCompiling();
-    }
-    LIBRARY_GLOBALS library;
-    std::string_view line;
-    while (nameList.next(line)) {
-        library.MI_FILENAMES.emplace_back(trimmed(line));
-    }
-    const std::size_t entries = library.MI_FILENAMES.size();
-    for (auto* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
-                        &library.CHEMISTRIES, &library.MI_WAVE}) {
-        field->resize(entries);
-    }
-    for (std::size_t k = 0; k < entries; ++k) {
-        std::array<std::string_view, kNameInfoLines> lines{};
-        for (std::string_view& value : lines) {
-            if (!nameInfo.next(value)) {
-                value = {}; // a short file leaves the remaining descriptions blank
-            }
-        }
-        library.MIGRELT_ID[k] = firstValue(lines[0]);
-        library.MINAMES[k] = firstValue(lines[1]);
-        library.LOCALITIES[k] = trimmed(lines[2]);
-        library.CHEMISTRIES[k] = trimmed(lines[3]);
-        library.MI_WAVE[k] = trimmed(lines[4].substr(0, kWaveCodeWidth));
-    }
-    library.PERC_MATCH.assign(entries, 0.0);
-    return library;
-}
-
 // The unknown on one pass's grid, normalised; refused when nothing of it lands on the grid.
 InterpData unknownOnGrid(std::span<const float> x, std::span<const float> y, float step) {
     InterpData grid = resampleSpectrum(x, y, step, true);
@@ -123,6 +88,41 @@ void scorePass(const std::filesystem::path& path, const InterpData& unknown,
 }
 
 } // namespace
+
+// The names of the name list, then five lines of name information per entry (identifier and
+// names read free-format, the other three as whole lines).
+LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder) {
+    LineReader nameList(folder / kNameListFile, kNameListWidth);
+    LineReader nameInfo(folder / kNameInfoFile, kNameInfoWidth);
+    if (!nameList.isOpen() || !nameInfo.isOpen()) {
+        throwNeedsCompiling();
+    }
+    LIBRARY_GLOBALS library;
+    std::string_view line;
+    while (nameList.next(line)) {
+        library.MI_FILENAMES.emplace_back(trimmed(line));
+    }
+    const std::size_t entries = library.MI_FILENAMES.size();
+    for (auto* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
+                        &library.CHEMISTRIES, &library.MI_WAVE}) {
+        field->resize(entries);
+    }
+    for (std::size_t k = 0; k < entries; ++k) {
+        std::array<std::string_view, kNameInfoLines> lines{};
+        for (std::string_view& value : lines) {
+            if (!nameInfo.next(value)) {
+                value = {}; // a short file leaves the remaining descriptions blank
+            }
+        }
+        library.MIGRELT_ID[k] = firstValue(lines[0]);
+        library.MINAMES[k] = firstValue(lines[1]);
+        library.LOCALITIES[k] = trimmed(lines[2]);
+        library.CHEMISTRIES[k] = trimmed(lines[3]);
+        library.MI_WAVE[k] = trimmed(lines[4].substr(0, kWaveCodeWidth));
+    }
+    library.PERC_MATCH.assign(entries, 0.0);
+    return library;
+}
 
 double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NINT) {
     NINT = std::min(NINT, INTERP_DATA.capacity());
@@ -198,7 +198,7 @@ void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const fl
             throwNeedsCompiling();
         }
     }
-    LIBRARY_GLOBALS result = loadEntries(libraryFolder);
+    LIBRARY_GLOBALS result = loadLibraryEntries(libraryFolder);
     if (result.count() == 0) {
         throwSearchError("The Raman library in " + libraryFolder.string() +
                          " is empty: add reference spectrum files to it and compile it.");
@@ -228,18 +228,22 @@ std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& hom
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library,
                                                 const ProgressCallback& progress) {
-    const std::filesystem::path folder = ramanLibraryFolder(home);
-    std::optional<LibraryCompilation> compilation;
-    std::error_code error;
-    if (!std::filesystem::exists(folder / kSlowLibraryFile, error)) {
-        try {
-            compilation = CREATE_SEARCH_LIB(home, progress);
-        } catch (const QuarvexError&) {
-            throwNeedsCompiling();
-        }
-    }
-    READ_LIBRARY(folder, x, y, library, progress);
+    std::optional<LibraryCompilation> compilation = compileLibraryWhenMissing(home, progress);
+    READ_LIBRARY(ramanLibraryFolder(home), x, y, library, progress);
     return compilation;
+}
+
+std::optional<LibraryCompilation> compileLibraryWhenMissing(const std::filesystem::path& home,
+                                                            const ProgressCallback& progress) {
+    std::error_code error;
+    if (std::filesystem::exists(ramanLibraryFolder(home) / kSlowLibraryFile, error)) {
+        return std::nullopt;
+    }
+    try {
+        return CREATE_SEARCH_LIB(home, progress);
+    } catch (const QuarvexError&) {
+        throwNeedsCompiling();
+    }
 }
 
 } // namespace quarvex

@@ -33,6 +33,10 @@ inline constexpr float kCoincidence = 1.0e-6F;
 /// last line it read (possibly the next entry's "==" line: see LibraryFileReader::atSeparator).
 double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NINT);
 
+/// The entry descriptions of the compiled library in `folder` (one entry per name-list line),
+/// every score 0. Throws "Library File Needs To Be Compiled" when its files are missing.
+LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder);
+
 /// Orders MI_SORTINDEXPERCENTS (and MI_SORTINDEX) by PERC_MATCH: best first, equal scores in
 /// library order, a score that is not a number last.
 void SORT_PERCENTS(LIBRARY_GLOBALS& library);
@@ -56,5 +60,10 @@ std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& hom
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library,
                                                 const ProgressCallback& progress = {});
+
+/// Compiles the library of `home` when "RamanSearchFileSlow.rsf" is missing (returned); a
+/// failed compilation ends in "Library File Needs To Be Compiled".
+std::optional<LibraryCompilation> compileLibraryWhenMissing(const std::filesystem::path& home,
+                                                            const ProgressCallback& progress = {});
 
 } // namespace quarvex

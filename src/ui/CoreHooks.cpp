@@ -1,4 +1,4 @@
-// The start-up library compilation of the desktop program.
+// The start-up library compilation and the consistency exam of the desktop program.
 #include "ui/CoreHooks.h"
 
 #include "common/WorkingFolders.h"
@@ -16,6 +16,9 @@ CoreHooks defaultCoreHooks() {
             compiled = CREATE_SEARCH_LIB(home, progress);
         }
         return compiled;
+    };
+    hooks.consistencyExam = [](ProgramState& state, const ProgressCallback& progress) {
+        return runConsistencyExam(state.quarvex.programFolder, progress);
     };
     return hooks;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/Progress.h"
+#include "library/ConsistencyExam.h"
 #include "library/CreateLibraryFile.h"
 #include "shell/ProgramState.h"
 
@@ -17,13 +18,14 @@ struct CoreHooks {
     /// did not compile.
     std::function<std::optional<LibraryCompilation>(ProgramState&, const ProgressCallback&)>
         compileLibraryAtStart;
-    /// What follows a Yes to the consistency-exam question; empty: the exam is not available.
-    std::function<void(ProgramState&, const ProgressCallback&)> consistencyExam;
+    /// What follows a Yes to the consistency-exam question (progress "Running Consistency
+    /// Exam...").
+    std::function<ConsistencyExamResult(ProgramState&, const ProgressCallback&)> consistencyExam;
 };
 
 /// The program's own: at start the library of the home folder is compiled when the preference
 /// `compileLibraryAtStart` is set, or else only when "RamanSearchFileSlow.rsf" is missing; the
-/// consistency exam is not part of this version.
+/// consistency exam examines the library of the home folder.
 CoreHooks defaultCoreHooks();
 
 /// One line on a compilation for the status bar: entries, and the files left out.

@@ -34,8 +34,6 @@ namespace {
 constexpr const char* kConsistencyQuestion =
     "Run Consistency Exam? The Process Can Take Several Hours!";
 constexpr const char* kConsistencyTitle = "Raman Library Consistency Exam";
-constexpr const char* kConsistencyMissing =
-    "The Raman library consistency exam is not part of this version of Quarvex.";
 
 std::size_t at(int index) {
     return static_cast<std::size_t>(index);
@@ -434,17 +432,22 @@ void MainWndProc::openHelp(int command) {
 
 void MainWndProc::consistencyExam() {
     if (!options_.interaction->askYesNo(this, QString::fromUtf8(kConsistencyQuestion),
-                                        QString::fromUtf8(kConsistencyTitle))) {
+                                        QString::fromUtf8(kConsistencyTitle)) ||
+        !hooks_.consistencyExam) {
         return;
     }
-    if (!hooks_.consistencyExam) {
-        options_.interaction->showInformation(this, QString::fromUtf8(kConsistencyMissing),
-                                              QString::fromUtf8(kConsistencyTitle));
-        return;
-    }
-    runWithProgress(
-        this, QString::fromUtf8(kConsistencyTitle),
-        [this](const ProgressCallback& progress) { hooks_.consistencyExam(state_, progress); });
+    std::optional<ConsistencyExamResult> exam; // a failure reaches the user through dispatch
+    runWithProgress(this, QString::fromUtf8(kConsistencyTitle),
+                    [this, &exam](const ProgressCallback& progress) {
+                        exam = hooks_.consistencyExam(state_, progress);
+                    });
+    const QString report = QString::fromStdString(exam->report.string());
+    statusBar()->showMessage(QStringLiteral("Consistency report: %1").arg(report));
+    options_.interaction->showInformation(this,
+                                          QStringLiteral("%1\n\nThe report is in %2.")
+                                              .arg(QString::fromStdString(exam->summary()), report),
+                                          QString::fromUtf8(kConsistencyTitle));
+    options_.interaction->openUrl(QUrl::fromLocalFile(report));
 }
 
 void MainWndProc::showError(const QuarvexError& error) {

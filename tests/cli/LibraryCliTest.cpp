@@ -1,4 +1,4 @@
-// quarvex-cli search end to end: compiling first, the table and the JSON keys.
+// quarvex-cli search and consistency end to end: compiling first, the table and the JSON keys.
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -69,6 +69,31 @@ TEST_F(LibraryCli, SearchCompilesFirstAndPrintsTheRanking) {
     EXPECT_EQ(rank, 1);
     EXPECT_STREQ(file, "Calcite_M00014_532.txt");
     EXPECT_FALSE(std::getline(lines, line)) << "--top 1 prints one row";
+}
+
+// A copy of calcite under another name is its twin: the copy ranks second for itself.
+TEST_F(LibraryCli, ConsistencyListsTheEntriesThatFail) {
+    std::filesystem::copy_file(library() / "Calcite_M00014_532.txt",
+                               library() / "Calcite_copy_532.txt");
+    const auto text = run("consistency");
+    ASSERT_EQ(text.status, 0) << text.err;
+    EXPECT_EQ(text.out.rfind("1  Calcite_M00014_532.txt: score 100.00, rank 1, closest 2 at "
+                             "100.00\n2  Calcite_copy_532.txt: score 100.00, rank 2, closest 1 "
+                             "at 100.00\n4 entries examined, 2 passed: 1 not ranked first",
+                             0),
+              0U)
+        << text.out;
+    EXPECT_NE(text.out.find("Report: " +
+                            (home.path() / "SearchRecords" / "ConsistencyReport.txt").string()),
+              std::string::npos);
+
+    const auto json = run("consistency --json");
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto entries = nlohmann::json::parse(json.out)["entries"];
+    ASSERT_EQ(entries.size(), 4U);
+    EXPECT_EQ(entries[3]["file"], "Siderite_M00052_532.txt");
+    EXPECT_EQ(entries[3]["rank"], 1);
+    EXPECT_TRUE(entries[3]["passes"].get<bool>());
 }
 
 } // namespace

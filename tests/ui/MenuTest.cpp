@@ -240,7 +240,7 @@ void MenuTest::everyCommandDispatchesOrIsGreyed() {
 }
 
 void MenuTest::consistencyExamAsksItsQuestion() {
-    WindowFixture fixture;
+    WindowFixture fixture(WindowFixture::DefaultLibrary{});
     fixture.window->dispatch(ui::kCmdConsistencyExam);
     QCOMPARE(fixture.interaction->questions.size(), std::size_t{1});
     QCOMPARE(fixture.interaction->questions[0].text,
@@ -248,11 +248,21 @@ void MenuTest::consistencyExamAsksItsQuestion() {
     QCOMPARE(fixture.interaction->questions[0].title,
              QStringLiteral("Raman Library Consistency Exam"));
     QVERIFY(fixture.interaction->informations.empty());
+    QVERIFY(fixture.interaction->openedUrls.empty());
+
+    // Yes examines the library and opens the report.
     fixture.interaction->answerYes = true;
     fixture.window->dispatch(ui::kCmdConsistencyExam);
     QCOMPARE(fixture.interaction->informations.size(), std::size_t{1});
     QCOMPARE(fixture.interaction->informations[0].title,
              QStringLiteral("Raman Library Consistency Exam"));
+    QVERIFY2(
+        fixture.interaction->informations[0].text.startsWith(QStringLiteral("67 entries examined")),
+        qPrintable(fixture.interaction->informations[0].text));
+    QCOMPARE(fixture.interaction->openedUrls.size(), std::size_t{1});
+    QVERIFY(fixture.interaction->openedUrls[0].toLocalFile().endsWith(
+        QStringLiteral("SearchRecords/ConsistencyReport.txt")));
+    QVERIFY(fixture.interaction->errors.empty());
 }
 
 void MenuTest::helpOpensTheShippedDocumentation() {
