@@ -437,10 +437,13 @@ void MainWndProc::consistencyExam() {
         return;
     }
     std::optional<ConsistencyExamResult> exam; // a failure reaches the user through dispatch
-    runWithProgress(this, QString::fromUtf8(kConsistencyTitle),
-                    [this, &exam](const ProgressCallback& progress) {
-                        exam = hooks_.consistencyExam(state_, progress);
-                    });
+    if (!runCancellableWithProgress(this, QString::fromUtf8(kConsistencyTitle),
+                                    [this, &exam](const ProgressCallback& progress) {
+                                        exam = hooks_.consistencyExam(state_, progress);
+                                    })) {
+        statusBar()->showMessage(QStringLiteral("Consistency exam cancelled"));
+        return;
+    }
     const QString report = QString::fromStdString(exam->report.string());
     statusBar()->showMessage(QStringLiteral("Consistency report: %1").arg(report));
     options_.interaction->showInformation(this,

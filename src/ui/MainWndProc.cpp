@@ -131,11 +131,14 @@ void MainWndProc::startUp() {
     if (hooks_.compileLibraryAtStart) {
         try {
             std::optional<LibraryCompilation> compiled;
-            runWithProgress(this, QStringLiteral("Compiling Library..."),
-                            [this, &compiled](const ProgressCallback& progress) {
-                                compiled = hooks_.compileLibraryAtStart(state_, progress);
-                            });
-            if (compiled) {
+            if (!runCancellableWithProgress(this, QStringLiteral("Compiling Library..."),
+                                            [this, &compiled](const ProgressCallback& progress) {
+                                                compiled =
+                                                    hooks_.compileLibraryAtStart(state_, progress);
+                                            })) {
+                compileSummary = QStringLiteral("Library compilation cancelled: the library "
+                                                "stays as it was");
+            } else if (compiled) {
                 // Files left out are told in the status bar and the Raman Search mode, not
                 // in a box at every start.
                 ramanSearch_->showCompilation(*compiled);

@@ -20,4 +20,11 @@ namespace quarvex::ui {
 void runWithProgress(QWidget* parent, const QString& title,
                      const std::function<void(const ProgressCallback&)>& job);
 
+/// As runWithProgress, with a Cancel button on the dialog (Escape and closing it cancel too):
+/// the job's next progress report after a cancel throws OperationCancelled. Returns false when
+/// the job ended so, true when it ran to its end.
+[[nodiscard]] bool
+runCancellableWithProgress(QWidget* parent, const QString& title,
+                           const std::function<void(const ProgressCallback&)>& job);
+
 } // namespace quarvex::ui

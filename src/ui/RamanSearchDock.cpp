@@ -227,9 +227,15 @@ void RamanSearchDock::search() {
     std::optional<LibraryCompilation> compiled;
     QElapsedTimer clock;
     clock.start();
-    runWithProgress(this, QStringLiteral("Raman Search"), [&](const ProgressCallback& progress) {
-        compiled = searchLibrary(context_.home, unknownX, unknownY, found, progress);
-    });
+    const bool finished = runCancellableWithProgress(
+        this, QStringLiteral("Raman Search"), [&](const ProgressCallback& progress) {
+            compiled = searchLibrary(context_.home, unknownX, unknownY, found, progress);
+        });
+    if (!finished) {
+        summary_->setText(QStringLiteral("Search cancelled: the results below, if any, are those "
+                                         "of the previous search."));
+        return;
+    }
     const double seconds = static_cast<double>(clock.elapsed()) / 1000.0;
     if (compiled) {
         showCompilation(*compiled);
@@ -346,9 +352,14 @@ void RamanSearchDock::clearResults() {
 
 void RamanSearchDock::compileLibrary() {
     LibraryCompilation compiled;
-    runWithProgress(this, QStringLiteral("Compile Library"), [&](const ProgressCallback& progress) {
-        compiled = CREATE_SEARCH_LIB(context_.home, progress);
-    });
+    if (!runCancellableWithProgress(this, QStringLiteral("Compile Library"),
+                                    [&](const ProgressCallback& progress) {
+                                        compiled = CREATE_SEARCH_LIB(context_.home, progress);
+                                    })) {
+        libraryLabel_->setText(
+            QStringLiteral("Compilation cancelled: the library stays as it was."));
+        return;
+    }
     showCompilation(compiled);
 }
 

@@ -123,7 +123,7 @@ TEST_F(ConsistencyExamTest, ReportFileInTheLibraryFolder) {
     EXPECT_EQ(exam.withProblem(), 1);
 }
 
-TEST_F(ConsistencyExamTest, FailsOnAnEmptyLibraryAndReadsNoDeletedFile) {
+TEST_F(ConsistencyExamTest, EmptyLibraryDeletedFileAndCancel) {
     try {
         runConsistencyExam(home.path());
         FAIL() << "an empty library has nothing to examine";
@@ -141,6 +141,16 @@ TEST_F(ConsistencyExamTest, FailsOnAnEmptyLibraryAndReadsNoDeletedFile) {
     EXPECT_TRUE(exam.entries[0].passes());
     EXPECT_EQ(exam.entries[1].problem, "ERROR WITH INCOMING DATA, FILE READ");
     EXPECT_FALSE(exam.entries[1].passes());
+
+    // A cancelled exam leaves the report of the last one whole.
+    const std::string report = test::readFile(exam.report);
+    const ProgressCallback cancel = [](std::string_view, double fraction) {
+        if (fraction > 0.0) {
+            throw OperationCancelled();
+        }
+    };
+    EXPECT_THROW(runConsistencyExam(home.path(), cancel), OperationCancelled);
+    EXPECT_EQ(test::readFile(exam.report), report);
 }
 
 } // namespace

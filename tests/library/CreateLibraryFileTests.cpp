@@ -137,10 +137,10 @@ TEST_F(CompileTest, FailedCompilationLeavesThePreviousLibraryWhole) {
     const ProgressCallback interrupt = [&calls](std::string_view status, double) {
         EXPECT_EQ(status, kCompilingStatus);
         if (++calls == 3) {
-            throw std::runtime_error("interrupted");
+            throw OperationCancelled(); // what the desktop program's Cancel does
         }
     };
-    EXPECT_THROW(CREATE_SEARCH_LIB(home.path(), interrupt), std::runtime_error);
+    EXPECT_THROW(CREATE_SEARCH_LIB(home.path(), interrupt), OperationCancelled);
     EXPECT_EQ(test::readFile(folder() / kSlowLibraryFile), before);
     EXPECT_EQ(lines(kNameListFile), (std::vector<std::string>{"a.txt", "b.txt"}));
     std::size_t files = 0;

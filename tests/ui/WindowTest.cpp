@@ -15,6 +15,8 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPrinter>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -299,6 +301,27 @@ void WindowTest::longOperationsKeepTheWindowAlive() {
         thrown = error.title() == "title";
     }
     QVERIFY2(thrown, "the job's error arrives on the window's thread");
+
+    // Cancel, clicked once the dialog shows, ends a cancellable job at its next report.
+    QTimer::singleShot(700, &window, [&window] {
+        auto* dialog = window.findChild<QProgressDialog*>();
+        QVERIFY(dialog != nullptr && dialog->isVisible());
+        auto* cancel = dialog->findChild<QPushButton*>();
+        QVERIFY(cancel != nullptr);
+        QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    int reports = 0;
+    const bool finished = ui::runCancellableWithProgress(
+        &window, QStringLiteral("Long"), [&reports](const ProgressCallback& progress) {
+            for (; reports < 1000; ++reports) { // ten seconds unless cancelled
+                reportProgress(progress, "Running Consistency Exam...", reports / 1000.0);
+                QThread::msleep(10);
+            }
+        });
+    QVERIFY(!finished);
+    QVERIFY2(reports < 1000, "the job stopped at the report after the click");
+    QVERIFY(ui::runCancellableWithProgress(&window, QStringLiteral("Short"),
+                                           [](const ProgressCallback&) {}));
 }
 
 void WindowTest::exitWritesPreferencesAndFreesSpectra() {
