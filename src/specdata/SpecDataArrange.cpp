@@ -1,6 +1,7 @@
 // Visibility, primary spectrum, stacking, scaling and data type of the loaded spectra.
 #include "specdata/SpecDataArrange.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 
@@ -14,10 +15,6 @@ namespace {
 
 bool inRange(const SPECDATA_GLOBALS& specdata, int index) {
     return index >= 0 && index < specdata.count();
-}
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
 }
 
 // The divisor that maps (y - ymin) to drawn units before SCALE_FACT.

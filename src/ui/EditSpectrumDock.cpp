@@ -1,6 +1,7 @@
 // The Edit Spectrum dock: window, starting peaks, peak search, fit, tables and copy.
 #include "ui/EditSpectrumDock.h"
 
+#include "common/IndexCast.h"
 #include "processing/PeakSearch.h"
 #include "ui/Commands.h"
 #include "ui/FitTable.h"
@@ -28,10 +29,6 @@
 namespace quarvex::ui {
 
 namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 QTreeWidget* table(const QStringList& headers, QWidget* parent) {
     auto* tree = new QTreeWidget(parent);

@@ -1,6 +1,7 @@
 // The File Manager's table, details and buttons.
 #include "ui/FileManagerDock.h"
 
+#include "common/IndexCast.h"
 #include "ui/Commands.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
@@ -25,10 +26,6 @@ enum Column { kNumber, kName, kMineral, kChemistry, kType, kPoints, kLocality, k
 constexpr const char* kDetailLabels[] = {
     "Name:",      "File:",       "Mineral:", "Chemistry:", "Locality:", "ID:",
     "Data type:", "Wavelength:", "Points:",  "x range:",   "y range:",  "Scale:"};
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 QString text(const std::string& value) {
     return QString::fromStdString(value);

@@ -1,6 +1,7 @@
 // The main window's dispatch: from a command number to the operation that carries it out.
 #include "ui/MainWndProc.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "specdata/SpecDataArrange.h"
@@ -34,10 +35,6 @@ namespace {
 constexpr const char* kConsistencyQuestion =
     "Run Consistency Exam? The Process Can Take Several Hours!";
 constexpr const char* kConsistencyTitle = "Raman Library Consistency Exam";
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 bool isMainWindowCommand(int command) {
     switch (command) {

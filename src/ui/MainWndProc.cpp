@@ -1,6 +1,7 @@
 // The main window's construction, start-up, menus, tool bar, status bar and events.
 #include "ui/MainWndProc.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "shell/ColourTable.h"
@@ -12,6 +13,7 @@
 #include "ui/FileManagerDock.h"
 #include "ui/MenuResource.h"
 #include "ui/ProgressRunner.h"
+#include "ui/QtText.h"
 #include "ui/RamanSearchDock.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
@@ -31,14 +33,6 @@
 namespace quarvex::ui {
 
 namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-QString qText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 // An item text "Text\tAccelerator": the text before the tab, the accelerator as the shortcut.
 void applyItemText(QAction* action, std::string_view itemText) {

@@ -1,6 +1,7 @@
 // The Raman Search dock: range, search, result list, reference overlay and library line.
 #include "ui/RamanSearchDock.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
@@ -34,10 +35,6 @@ enum Column { kRank, kScore, kMineral, kIdentifier, kLaser, kChemistry, kLocalit
 constexpr int kWidestChemistry = 150; // pixels; the whole formula is the cell's tool tip
 
 constexpr int kScoreRole = Qt::UserRole + 1;
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 QString text(const std::string& value) {
     return QString::fromStdString(value).trimmed();

@@ -1,6 +1,7 @@
 // Drawing the loaded spectra with QCustomPlot, and the view's mouse and keys.
 #include "ui/SpectrumView.h"
 
+#include "common/IndexCast.h"
 #include "specdata/SpecDataArrange.h"
 
 #include <algorithm>
@@ -16,10 +17,6 @@ constexpr double kHitDistance = 6.0;   // pixels within which a click hits a cur
 constexpr double kClickDistance = 3.0; // pixels a drag must exceed to be a drag
 const char* const kPrimaryLayer = "primary";
 const char* const kInteractionLayer = "interaction";
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 QCPRange padded(double low, double high) {
     if (!(high > low)) {

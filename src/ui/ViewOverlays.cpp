@@ -2,6 +2,7 @@
 // fit with its components and residual, and peak marks.
 #include "ui/SpectrumView.h"
 
+#include "common/IndexCast.h"
 #include "specdata/SpecDataArrange.h"
 #include "ui/ModeContext.h"
 
@@ -20,10 +21,6 @@ const QColor kBackgroundColour(120, 120, 120);
 const QColor kResidualColour(84, 110, 122);
 const QColor kFoundColour(55, 71, 79);
 const QColor kPlacedColour(30, 136, 229);
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 // The smallest and largest of values[first, first + count).
 std::pair<double, double> extremes(std::span<const float> values, PointRun run) {

@@ -1,6 +1,8 @@
 // The X-ray Diffraction dock: its layout and how its controls are wired to the mode.
 #include "ui/XrayDiffractionDock.h"
 
+#include "common/IndexCast.h"
+#include "ui/QtText.h"
 #include "ui/SpectrumView.h"
 #include "ui/XrayPeakTable.h"
 
@@ -28,14 +30,6 @@
 namespace quarvex::ui {
 
 namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-QString qText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QToolButton* toolButton(QWidget* parent, const QString& text, const QString& tip) {
     auto* button = new QToolButton(parent);

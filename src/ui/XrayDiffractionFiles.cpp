@@ -2,9 +2,11 @@
 // reflection table, and theoretical patterns made into spectra (the pop-up commands).
 #include "ui/XrayDiffractionDock.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "specdata/SpecDataManager.h"
+#include "ui/QtText.h"
 #include "ui/XrayDialogs.h"
 #include "xray/TheoreticalPattern.h"
 #include "xray/XrayDataAndFileManager.h"
@@ -18,18 +20,6 @@
 #include <algorithm>
 
 namespace quarvex::ui {
-
-namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-QString qText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-} // namespace
 
 void XrayDiffractionDock::newProject() {
     ProgramState& state = context_.state;

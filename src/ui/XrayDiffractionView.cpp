@@ -2,7 +2,9 @@
 // ticks on the view, the peaks and the refined cell, and what can run now.
 #include "ui/XrayDiffractionDock.h"
 
+#include "common/IndexCast.h"
 #include "specdata/SpecDataArrange.h"
+#include "ui/QtText.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
 #include "ui/XrayPeakTable.h"
@@ -21,18 +23,6 @@
 #include <algorithm>
 
 namespace quarvex::ui {
-
-namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-QString qText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-} // namespace
 
 XrayPhase* XrayDiffractionDock::phase() {
     XRAY_PEAK_GLOBALS& x = context_.state.xrayPeak;

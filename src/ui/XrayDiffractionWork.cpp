@@ -2,8 +2,10 @@
 // the peaks, the user's edits and the refinement.
 #include "ui/XrayDiffractionDock.h"
 
+#include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "ui/ProgressRunner.h"
+#include "ui/QtText.h"
 #include "ui/XrayPeakTable.h"
 #include "xray/Refine.h"
 #include "xray/RefineInputWriter.h"
@@ -24,14 +26,6 @@ namespace {
 
 constexpr double kNearbyDegrees = 1.0;    // the h k l list offers reflections this near a peak...
 constexpr std::size_t kFewestChoices = 6; // ...and at least this many
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-QString qText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 [[noreturn]] void fail(const std::string& text) {
     throw QuarvexError(text, std::string(kXrayDiffractionTitle));
