@@ -82,10 +82,17 @@ std::string findings(const ExaminedEntry& exam, const std::vector<ExaminedEntry>
     return text;
 }
 
+std::string rightAligned(int value, std::size_t width) {
+    const std::string text = std::to_string(value);
+    return std::string(width > text.size() ? width - text.size() : 0, ' ') + text;
+}
+
 std::string timestamp() {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", std::localtime(&now));
+    std::tm local{};
+    localtime_r(&now, &local); // the exam may run on a worker thread
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", &local);
     return text.data();
 }
 
@@ -103,11 +110,11 @@ void writeReport(const ConsistencyExamResult& result) {
         << "Entry   Score  Rank  Closest   Score  File (names)\n";
     for (const ExaminedEntry& exam : result.entries) {
         const bool searched = exam.problem.empty();
-        out << formatted("%5.0f", exam.entry)
+        out << rightAligned(exam.entry, 5)
             << (searched ? formatted("%8.2f", exam.selfScore) : std::string(8, ' '))
-            << (searched ? formatted("%6.0f", exam.rank) : std::string(6, ' '))
+            << (searched ? rightAligned(exam.rank, 6) : std::string(6, ' '))
             << (searched && exam.closest > 0
-                    ? formatted("%9.0f", exam.closest) + formatted("%8.2f", exam.closestScore)
+                    ? rightAligned(exam.closest, 9) + formatted("%8.2f", exam.closestScore)
                     : std::string(17, ' '))
             << "  " << exam.fileName << (exam.names.empty() ? "" : " (" + exam.names + ")") << '\n';
         if (!exam.passes()) {
