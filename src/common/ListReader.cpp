@@ -1,5 +1,7 @@
 #include "common/ListReader.h"
 
+#include "common/TextUtils.h"
+
 #include <array>
 #include <charconv>
 
@@ -7,14 +9,8 @@ namespace quarvex {
 
 namespace {
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
 bool isValueEnd(char c) {
     return isBlank(c) || c == ',' || c == '/';
-}
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 void skipBlanks(std::string_view& text) {

@@ -13,6 +13,15 @@ std::string_view trimmed(std::string_view text);
 /// The text up to its last non-blank character (leading blanks kept).
 std::string_view trimmedRight(std::string_view text);
 
+/// Blanks of the program's files: space and tab.
+inline bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+inline bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 /// True when `line` begins with `key`, compared exactly and case-sensitively over the key's length.
 inline bool startsWithKey(std::string_view line, std::string_view key) {
     return line.substr(0, key.size()) == key;

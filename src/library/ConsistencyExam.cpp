@@ -20,8 +20,7 @@ namespace {
 // stand; `library` keeps the descriptions between searches.
 void examineEntry(const std::filesystem::path& folder, ExaminedEntry& exam,
                   LIBRARY_GLOBALS& library) {
-    const std::string_view name = exam.fileName;
-    if (name.starts_with(kConsistencyFilePrefix) || name.starts_with(kLibraryFilePrefix)) {
+    if (isNotASpectrumFile(exam.fileName)) {
         exam.problem = "not a spectrum: a report file in the library folder takes a name-list "
                        "line but no entry, so the entries that follow are listed one line late";
         return;

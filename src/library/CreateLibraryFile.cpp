@@ -67,10 +67,6 @@ void appendBlock(std::string& out, std::string_view name, const InterpData& grid
     }
 }
 
-bool startsWith(std::string_view name, std::string_view prefix) {
-    return name.substr(0, prefix.size()) == prefix;
-}
-
 // The files of the folder in byte order of their names, so the library is the same everywhere.
 std::vector<std::string> sortedFileNames(const std::filesystem::path& folder) {
     std::error_code error;
@@ -138,10 +134,14 @@ private:
 
 } // namespace
 
+bool isNotASpectrumFile(std::string_view fileName) {
+    return fileName.starts_with(kLibraryFilePrefix) || fileName.starts_with(kConsistencyFilePrefix);
+}
+
 AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
                                           const std::string& fileName, SearchFileStreams files,
                                           std::string& reason) {
-    if (startsWith(fileName, kLibraryFilePrefix) || startsWith(fileName, kConsistencyFilePrefix)) {
+    if (isNotASpectrumFile(fileName)) {
         return AppendOutcome::NotASpectrum;
     }
     if (fileName.find_first_of("\r\n") != std::string::npos) {
@@ -197,7 +197,7 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     LibraryFiles files(result.folder);
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string& name = names[i];
-        if (startsWith(name, kLibraryFilePrefix)) {
+        if (name.starts_with(kLibraryFilePrefix)) {
             continue;
         }
         std::string reason;

@@ -22,6 +22,9 @@ inline constexpr std::string_view kLibraryFilePrefix = "RamanSearch";
 /// Report files of the library consistency exam: listed in the name list, not compiled.
 inline constexpr std::string_view kConsistencyFilePrefix = "Consistency";
 
+/// True for the library's own files and consistency reports: never read as spectra.
+bool isNotASpectrumFile(std::string_view fileName);
+
 /// Status text of a compilation.
 inline constexpr std::string_view kCompilingStatus = "Compiling Library...";
 /// Title of the library's error messages (compilation and search).

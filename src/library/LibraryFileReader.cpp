@@ -1,6 +1,7 @@
 #include "library/LibraryFileReader.h"
 
 #include "common/ListReader.h"
+#include "common/TextUtils.h"
 
 #include <algorithm>
 #include <charconv>
@@ -30,14 +31,6 @@ std::size_t findSeparatorAtLineStart(std::string_view text) {
         from = at + 1;
     }
     return std::string_view::npos;
-}
-
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 // A number of up to seven digits (every grid position) is exact in single precision: no need
