@@ -1,7 +1,9 @@
 // quarvex: the desktop program. `quarvex [--home DIR] [FILE...]` opens the files at start.
-#include "common/WorkingFolders.h"
+#include "shell/HomeFolder.h"
+#include "shell/Version.h"
 #include "ui/HelpPages.h"
 #include "ui/MainWndProc.h"
+#include "ui/QtText.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
 #include "ui/XrayDiffractionDock.h"
@@ -17,7 +19,7 @@ int main(int argc, char** argv) {
     using namespace quarvex;
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quarvex"));
-    QApplication::setApplicationVersion(QStringLiteral(QUARVEX_VERSION));
+    QApplication::setApplicationVersion(ui::qText(kQuarvexVersion));
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setWindowIcon(ui::toolIcon(ui::ToolIcon::Program));
 
@@ -29,8 +31,10 @@ int main(int argc, char** argv) {
     parser.addVersionOption();
     const QCommandLineOption homeOption(
         QStringLiteral("home"),
-        QStringLiteral("Home folder of the program (working folders, QV.ini, the Raman library); "
-                       "default $QUARVEX_HOME, else the folder of this executable."),
+        QStringLiteral(
+            "Home folder of the program (working folders, QV.ini, the Raman library); "
+            "default $QUARVEX_HOME, else the folder of this executable when it holds the "
+            "working folders, else $XDG_DATA_HOME/quarvex (~/.local/share/quarvex)."),
         QStringLiteral("DIR"));
     // For documentation and checks: run commands after start-up, then save the window as an
     // image and quit.
@@ -66,7 +70,8 @@ int main(int argc, char** argv) {
         interaction = std::make_shared<ui::UnattendedInteraction>();
     }
     ProgramState state;
-    ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), interaction});
+    ui::MainWndProc window(state,
+                           {openHomeFolder(home).folder, ui::shippedDocsFolder(), interaction});
     window.startUp();
     window.openFiles(parser.positionalArguments());
     if (parser.isSet(rangeOption)) {
