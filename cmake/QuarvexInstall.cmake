@@ -53,12 +53,13 @@ set(CPACK_PACKAGE_CONTACT "The Quarvex developers <quarvex@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
     "identify minerals from Raman spectra and X-ray powder patterns")
 set(CPACK_PACKAGE_DESCRIPTION
-    "Quarvex loads measured spectra, views them stacked and scaled, cleans them and fits peaks.
-A Raman spectrum is searched against a compiled library of reference spectra, which ranks the
-entries by a match score from 0 to 100; the peaks of an X-ray powder pattern are indexed from
-reference diffraction data and the unit cell is refined by least squares. The package holds the
-desktop program quarvex, the command-line tool quarvex-cli, a default Raman library and X-ray
-reference files.")
+    "Quarvex loads measured spectra, views them stacked and scaled, cleans them
+and fits peaks. A Raman spectrum is searched against a compiled library of
+reference spectra, which ranks the entries by a match score from 0 to 100;
+the peaks of an X-ray powder pattern are indexed from reference diffraction
+data and the unit cell is refined by least squares. The package holds the
+desktop program quarvex, the command-line tool quarvex-cli, a default Raman
+library and X-ray reference files.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
