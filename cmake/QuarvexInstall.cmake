@@ -12,7 +12,9 @@ endif()
 
 set(shipped share/quarvex)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${shipped}/docs)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION ${shipped}/examples)
+# Left out: what a run of the examples writes beside them (ignored by git as well).
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION ${shipped}/examples
+    PATTERN "*Refine.out" EXCLUDE PATTERN "*_pattern_refine.DAT" EXCLUDE)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/data/raman/examples/ DESTINATION ${shipped}/examples/raman)
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
