@@ -14,9 +14,33 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
+
+namespace {
+
+// --help and --version answer in a terminal without a display too, where the window system
+// could not be opened: they need no window, so Qt runs without one for them.
+void answerTextRequestsWithoutDisplay(int argc, char** argv) {
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        return;
+    }
+    for (int k = 1; k < argc; ++k) {
+        const std::string_view argument = argv[k];
+        if (argument == "--help" || argument == "-h" || argument == "--version" ||
+            argument == "-v") {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+            return;
+        }
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace quarvex;
+    answerTextRequestsWithoutDisplay(argc, argv);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quarvex"));
     QApplication::setApplicationVersion(ui::qText(kQuarvexVersion));

@@ -52,9 +52,10 @@ grep -q "compiled first" "$scratch/second.err" && fail "the second search compil
 "$cli" home | grep -qx "Home folder: $home" || fail "quarvex-cli home: $("$cli" home)"
 
 if [[ $gui == gui ]]; then
+    version_text=$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$prefix/bin/quarvex" --version)
+    [[ $version_text == "Quarvex $version" ]] || fail "quarvex --version without a display"
     export HOME=$scratch/desktop-user QT_QPA_PLATFORM=offscreen
     mkdir -p "$HOME"
-    [[ $("$prefix/bin/quarvex" --version) == "Quarvex $version" ]] || fail "quarvex --version"
     "$prefix/bin/quarvex" --screenshot "$scratch/window.png" "$example" 2>"$scratch/gui.err" ||
         fail "the desktop program failed: $(cat "$scratch/gui.err")"
     [[ -s $scratch/window.png ]] || fail "no window picture"
