@@ -1,7 +1,7 @@
 #include "cli/CliCommand.h"
 
 #include "common/QuarvexError.h"
-#include "common/WorkingFolders.h"
+#include "shell/HomeFolder.h"
 #include "shell/StartUp.h"
 
 #include <iostream>
@@ -27,7 +27,9 @@ int runCommand(const CliCommand& command, const std::optional<std::string>& home
     if (home) {
         homeOption = *home;
     }
-    startUp(state, resolveHomeFolder(homeOption));
+    const HomeChoice homeFolder = openHomeFolder(homeOption);
+    startUp(state, homeFolder.folder);
+    state.quarvex.homeSource = homeFolder.source;
     int status = 1;
     try {
         status = command.run(state);

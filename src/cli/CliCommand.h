@@ -40,6 +40,7 @@ std::vector<CliCommand> addXrayProjectCommands(CLI::App& app);
 std::vector<CliCommand> addBenchCommands(CLI::App& app);
 std::vector<CliCommand> addLibraryCommands(CLI::App& app);
 CliCommand addResampleCommand(CLI::App& app);
+CliCommand addHomeCommand(CLI::App& app);
 /// Adds `bench library` and `bench search` to the bench group (addBenchCommands first).
 std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app);
 

@@ -1,5 +1,6 @@
 // quarvex-cli: the command-line front end of the Quarvex core.
 #include "cli/CliCommand.h"
+#include "shell/Version.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,11 +14,13 @@ int main(int argc, char** argv) {
     CLI::App app{"Quarvex: identify minerals from their Raman spectra and refine unit cells "
                  "from X-ray powder patterns."};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "quarvex-cli " + std::string(quarvex::kQuarvexVersion));
     app.fallthrough(); // --home may also follow the subcommand
     std::optional<std::string> home;
     app.add_option("--home", home,
                    "Home folder of the program (working folders, QV.ini, the Raman library); "
-                   "default $QUARVEX_HOME, else the folder of this executable");
+                   "default $QUARVEX_HOME, else the folder of this executable when it holds the "
+                   "working folders, else $XDG_DATA_HOME/quarvex (~/.local/share/quarvex)");
 
     std::vector<CliCommand> commands;
     commands.push_back(addInfoCommand(app));
@@ -34,6 +37,7 @@ int main(int argc, char** argv) {
         commands.push_back(std::move(command));
     }
     commands.push_back(addResampleCommand(app));
+    commands.push_back(addHomeCommand(app));
     for (CliCommand& bench : addBenchCommands(app)) {
         commands.push_back(std::move(bench));
     }

@@ -1,8 +1,5 @@
 #include "common/WorkingFolders.h"
 
-#include <cstdlib>
-#include <string>
-
 namespace quarvex {
 
 std::filesystem::path executableFolder() {
@@ -12,18 +9,6 @@ std::filesystem::path executableFolder() {
         return std::filesystem::current_path(error);
     }
     return self.parent_path();
-}
-
-std::filesystem::path resolveHomeFolder(const std::optional<std::filesystem::path>& homeOption) {
-    if (homeOption && !homeOption->empty()) {
-        return *homeOption;
-    }
-    const std::string variable(kHomeEnvironmentVariable);
-    if (const char* fromEnvironment = std::getenv(variable.c_str());
-        fromEnvironment != nullptr && *fromEnvironment != '\0') {
-        return fromEnvironment;
-    }
-    return executableFolder();
 }
 
 std::filesystem::path ramanLibraryFolder(const std::filesystem::path& home) {

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <filesystem>
-#include <optional>
 #include <string_view>
 
 namespace quarvex {
@@ -15,15 +14,8 @@ inline constexpr std::string_view kXrayLibFolder = "XrayLib";
 inline constexpr std::string_view kRecentFilesFolder = "RecentFiles";
 inline constexpr std::string_view kTempFolder = "TempFold";
 
-/// Environment variable that names the home folder when no --home option is given.
-inline constexpr std::string_view kHomeEnvironmentVariable = "QUARVEX_HOME";
-
 /// The folder that holds the running executable.
 std::filesystem::path executableFolder();
-
-/// The program's home folder: `homeOption` (--home) if given, else $QUARVEX_HOME if set and not
-/// empty, else the executable's folder.
-std::filesystem::path resolveHomeFolder(const std::optional<std::filesystem::path>& homeOption);
 
 /// The six working folders below `home`, in the order they are created.
 std::array<std::filesystem::path, 6> workingFolders(const std::filesystem::path& home);

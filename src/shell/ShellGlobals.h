@@ -1,6 +1,7 @@
 // The shell's own state groups: general program values, the view regions and the main dialog.
 #pragma once
 
+#include "shell/HomeFolder.h"
 #include "shell/Preferences.h"
 
 #include <filesystem>
@@ -10,6 +11,7 @@ namespace quarvex {
 /// General program-wide values shared by all subsystems.
 struct QUARVEXGLOBALS {
     std::filesystem::path programFolder; ///< the home folder: working folders, QV.ini, library
+    HomeSource homeSource = HomeSource::Option; ///< how the home folder was chosen
     Preferences preferences;
 };
 

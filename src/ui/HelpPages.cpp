@@ -4,6 +4,7 @@
 #include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
+#include "shell/HomeFolder.h"
 #include "ui/Commands.h"
 
 #include <QFile>
@@ -76,7 +77,10 @@ QString topicIndex(const std::vector<std::filesystem::path>& documents) {
 } // namespace
 
 std::filesystem::path shippedDocsFolder() {
-    return executableFolder() / "docs";
+    std::error_code error;
+    const std::filesystem::path besideProgram = executableFolder() / "docs"; // build tree
+    return std::filesystem::is_directory(besideProgram, error) ? besideProgram
+                                                               : shippedDataFolder() / "docs";
 }
 
 std::filesystem::path prepareHelpPage(int command, const std::filesystem::path& docsFolder,

@@ -9,7 +9,8 @@ namespace quarvex::ui {
 /// Title of the message when help cannot be shown.
 inline constexpr const char* kHelpErrorTitle = "Quarvex Help";
 
-/// The documentation folder shipped beside the executable ("docs").
+/// The documentation: "docs" beside the executable (build tree, portable copy), else the
+/// installed one, share/quarvex/docs.
 std::filesystem::path shippedDocsFolder();
 
 /// Renders every Markdown document of `docsFolder` to an HTML page in `outputFolder` (links

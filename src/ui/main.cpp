@@ -1,7 +1,9 @@
 // quarvex: the desktop program. `quarvex [--home DIR] [FILE...]` opens the files at start.
-#include "common/WorkingFolders.h"
+#include "shell/HomeFolder.h"
+#include "shell/Version.h"
 #include "ui/HelpPages.h"
 #include "ui/MainWndProc.h"
+#include "ui/QtText.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
 #include "ui/XrayDiffractionDock.h"
@@ -12,12 +14,36 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
+
+namespace {
+
+// --help and --version answer in a terminal without a display too, where the window system
+// could not be opened: they need no window, so Qt runs without one for them.
+void answerTextRequestsWithoutDisplay(int argc, char** argv) {
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        return;
+    }
+    for (int k = 1; k < argc; ++k) {
+        const std::string_view argument = argv[k];
+        if (argument == "--help" || argument == "-h" || argument == "--version" ||
+            argument == "-v") {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+            return;
+        }
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace quarvex;
+    answerTextRequestsWithoutDisplay(argc, argv);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quarvex"));
-    QApplication::setApplicationVersion(QStringLiteral(QUARVEX_VERSION));
+    QApplication::setApplicationVersion(ui::qText(kQuarvexVersion));
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setWindowIcon(ui::toolIcon(ui::ToolIcon::Program));
 
@@ -29,8 +55,10 @@ int main(int argc, char** argv) {
     parser.addVersionOption();
     const QCommandLineOption homeOption(
         QStringLiteral("home"),
-        QStringLiteral("Home folder of the program (working folders, QV.ini, the Raman library); "
-                       "default $QUARVEX_HOME, else the folder of this executable."),
+        QStringLiteral(
+            "Home folder of the program (working folders, QV.ini, the Raman library); "
+            "default $QUARVEX_HOME, else the folder of this executable when it holds the "
+            "working folders, else $XDG_DATA_HOME/quarvex (~/.local/share/quarvex)."),
         QStringLiteral("DIR"));
     // For documentation and checks: run commands after start-up, then save the window as an
     // image and quit.
@@ -66,7 +94,8 @@ int main(int argc, char** argv) {
         interaction = std::make_shared<ui::UnattendedInteraction>();
     }
     ProgramState state;
-    ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), interaction});
+    ui::MainWndProc window(state,
+                           {openHomeFolder(home).folder, ui::shippedDocsFolder(), interaction});
     window.startUp();
     window.openFiles(parser.positionalArguments());
     if (parser.isSet(rangeOption)) {

@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <sstream>
 
 namespace quarvex {
@@ -50,17 +49,6 @@ TEST(StartUp, ExistingFoldersAreLeftAsTheyAre) {
     const auto blocked = home.write("blocked", "a file where a folder should be");
     SET_UP_FOLDERS(blocked); // cannot create anything: silently ignored
     EXPECT_TRUE(std::filesystem::is_regular_file(blocked));
-}
-
-TEST(StartUp, HomeFolderComesFromOptionThenEnvironmentThenExecutable) {
-    const std::filesystem::path option = "/tmp/from-option";
-    ::setenv("QUARVEX_HOME", "/tmp/from-environment", 1);
-    EXPECT_EQ(resolveHomeFolder(option), option);
-    EXPECT_EQ(resolveHomeFolder(std::nullopt), "/tmp/from-environment");
-    ::setenv("QUARVEX_HOME", "", 1);
-    EXPECT_EQ(resolveHomeFolder(std::nullopt), executableFolder());
-    ::unsetenv("QUARVEX_HOME");
-    EXPECT_EQ(resolveHomeFolder(std::nullopt), executableFolder());
 }
 
 TEST(ColourTable, FixedEntriesThenRandomOnes) {
