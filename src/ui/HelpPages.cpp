@@ -76,7 +76,13 @@ QString topicIndex(const std::vector<std::filesystem::path>& documents) {
 } // namespace
 
 std::filesystem::path shippedDocsFolder() {
-    return executableFolder() / "docs";
+    const std::filesystem::path beside = executableFolder() / "docs";
+    const std::filesystem::path installed =
+        executableFolder().parent_path() / "share" / "quarvex" / "docs";
+    std::error_code error;
+    const bool onlyInstalled = !std::filesystem::is_directory(beside, error) &&
+                               std::filesystem::is_directory(installed, error);
+    return onlyInstalled ? installed : beside;
 }
 
 std::filesystem::path prepareHelpPage(int command, const std::filesystem::path& docsFolder,

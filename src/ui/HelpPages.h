@@ -1,5 +1,5 @@
 // The help commands' pages: the Markdown documentation shipped with the program, rendered to
-// HTML for the desktop's browser.
+// HTML for the help window.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,8 @@ namespace quarvex::ui {
 /// Title of the message when help cannot be shown.
 inline constexpr const char* kHelpErrorTitle = "Quarvex Help";
 
-/// The documentation folder shipped beside the executable ("docs").
+/// The documentation folder of the program: "docs" beside the executable (a build), else
+/// "share/quarvex/docs" beside its "bin" folder (an installed program).
 std::filesystem::path shippedDocsFolder();
 
 /// Renders every Markdown document of `docsFolder` to an HTML page in `outputFolder` (links
