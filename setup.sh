@@ -14,6 +14,7 @@ packages=(
     qt6-base-dev qt6-qpa-plugins libqcustomplot-dev
     xvfb xauth fonts-dejavu-core
     desktop-file-utils
+    qt6-svg-dev poppler-utils
 )
 
 missing=()

@@ -2,14 +2,16 @@
 #include "cli/FileListOutput.h"
 #include "specdata/SpecDataManager.h"
 
+#include <cstdint>
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace quarvex::cli {
 
 namespace {
 
-Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k) {
+Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k, const SkippedLines& skipped) {
     const auto i = static_cast<std::size_t>(k);
     const auto x = specdata.xValues(k);
     const MINERALINFO& header = specdata.HEADER[i];
@@ -26,7 +28,10 @@ Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k) {
                 {"names", header.names},
                 {"locality", header.locality},
                 {"id", header.id},
-                {"chemistry", header.chemistry}};
+                {"chemistry", header.chemistry},
+                {"skipped_lines", skipped.count},
+                {"first_skipped_line", skipped.firstLine},
+                {"skipped", describeSkipped(skipped)}};
 }
 
 void printSpectrum(const Json& s) {
@@ -41,6 +46,9 @@ void printSpectrum(const Json& s) {
               << "  locality   " << s["locality"].get<std::string>() << '\n'
               << "  id         " << s["id"].get<std::string>() << '\n'
               << "  chemistry  " << s["chemistry"].get<std::string>() << '\n';
+    if (s["skipped_lines"].get<std::int64_t>() > 0) {
+        std::cout << "  skipped    " << s["skipped"].get<std::string>() << '\n';
+    }
 }
 
 } // namespace
@@ -51,13 +59,20 @@ CliCommand addInfoCommand(CLI::App& app) {
         "info", "Load spectrum files and print, per spectrum, its points, ranges and header");
     addFileListOptions(*info, *options, "Spectrum files (.grelt, .txt, .dat)");
     return {info, [options](ProgramState& state) {
+                std::vector<SkippedLines> skipped; // one per loaded spectrum
                 return loadFilesAndDescribe(
                     *options, "spectra",
                     [&](const std::string& file) {
-                        READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+                        SkippedLines lines;
+                        READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file, &lines);
+                        skipped.push_back(lines);
                     },
                     [&] { return state.specdata.count(); },
-                    [&](int k) { return spectrumJson(state.specdata, k); }, printSpectrum);
+                    [&](int k) {
+                        return spectrumJson(state.specdata, k,
+                                            skipped[static_cast<std::size_t>(k)]);
+                    },
+                    printSpectrum);
             }};
 }
 

@@ -1,6 +1,7 @@
 #include "shell/ColourTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 namespace quarvex {
@@ -16,6 +17,23 @@ constexpr std::array<SpectrumColour, 6> kFixedColours = {{
     {218.0F / 255.0F, 165.0F / 255.0F, 32.0F / 255.0F},
 }};
 
+// A drawn colour is kept when it is this far (RGB distance, fractions) from every colour
+// before it and dark enough to see on the white view; after kDraws tries the farthest is kept.
+constexpr float kDistinctDistance = 0.2F;
+constexpr float kPalestLuminance = 0.8F;
+constexpr int kDraws = 400;
+
+float distance(const SpectrumColour& a, const SpectrumColour& b) {
+    const float red = a.red - b.red;
+    const float green = a.green - b.green;
+    const float blue = a.blue - b.blue;
+    return std::sqrt(red * red + green * green + blue * blue);
+}
+
+float luminance(const SpectrumColour& c) {
+    return 0.299F * c.red + 0.587F * c.green + 0.114F * c.blue;
+}
+
 } // namespace
 
 void SET_UP_RAND_BRUSHES(PAINTINGGLOBALS& painting, std::uint32_t seed) {
@@ -23,10 +41,24 @@ void SET_UP_RAND_BRUSHES(PAINTINGGLOBALS& painting, std::uint32_t seed) {
     std::mt19937 generator(seed);
     std::uniform_real_distribution<float> fraction(0.0F, 1.0F);
     for (std::size_t k = kFixedColours.size(); k < painting.RAND_BRUSH.size(); ++k) {
-        SpectrumColour& colour = painting.RAND_BRUSH[k];
-        colour.red = fraction(generator); // drawn in the order red, green, blue
-        colour.green = fraction(generator);
-        colour.blue = fraction(generator);
+        const auto before = painting.RAND_BRUSH.begin() + static_cast<std::ptrdiff_t>(k);
+        SpectrumColour best;
+        float bestDistance = -1.0F;
+        for (int draw = 0; draw < kDraws && bestDistance < kDistinctDistance; ++draw) {
+            SpectrumColour colour;
+            colour.red = fraction(generator); // drawn in the order red, green, blue
+            colour.green = fraction(generator);
+            colour.blue = fraction(generator);
+            float nearest = luminance(colour) > kPalestLuminance ? 0.0F : 2.0F;
+            for (auto other = painting.RAND_BRUSH.begin(); other != before; ++other) {
+                nearest = std::min(nearest, distance(colour, *other));
+            }
+            if (nearest > bestDistance) {
+                best = colour;
+                bestDistance = nearest;
+            }
+        }
+        painting.RAND_BRUSH[k] = best;
     }
 }
 

@@ -22,6 +22,8 @@ struct PAINTINGGLOBALS {
 
 /// Sets entries 1 to 6 to the fixed colours and draws red, green and blue of entries 7 to 50
 /// from a uniform random source seeded afresh at every call (so they differ from run to run).
+/// A draw too close to an earlier entry, or too pale for the white view, is drawn again, so
+/// that every spectrum can be told apart.
 void SET_UP_RAND_BRUSHES(PAINTINGGLOBALS& painting);
 
 /// The same with a given seed, for repeatable tables.

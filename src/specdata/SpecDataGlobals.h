@@ -5,6 +5,7 @@
 #include "specdata/MineralInfo.h"
 
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -85,6 +86,8 @@ struct SpectrumRecord {
     std::string dtype;
     std::string waveInfo;
     MINERALINFO header;
+    std::int64_t skippedLines = 0;     ///< lines read as nothing (see SkippedLines)
+    std::int64_t firstSkippedLine = 0; ///< 1-based; 0 when none
 };
 
 /// Adds a spectrum at the end of the set (spare copy, recreate one larger, copy back, fill the

@@ -25,6 +25,7 @@ constexpr std::string_view kCommentStart = "<COM>";
 constexpr std::string_view kCommentEnd = "</COM>";
 constexpr std::string_view kDataTypeKey = "dtype:";
 constexpr std::string_view kWaveKey = "wave:";
+constexpr std::string_view kHeaderPrefix = "##"; // header lines of keys the program has no use for
 constexpr std::size_t kPathWidth = 256;
 
 /// Data type of calibrated files without a "dtype:" line.
@@ -42,6 +43,8 @@ struct FileHeader {
     float calOffset = 0.0F;
     float calSlope = 0.0F;
     float calQuad = 0.0F;
+    std::int64_t skippedLines = 0;
+    std::int64_t firstSkippedLine = 0;
 };
 
 std::string fileText(const std::filesystem::path& path) {
@@ -164,6 +167,11 @@ FileHeader readDataLines(const std::filesystem::path& path, ReadValues readValue
         case PointRead::NotFinite:
             throwNotFinite(path, lineNumber);
         case PointRead::NotData:
+            if (!trimmed(line).empty() && !startsWithKey(line, kHeaderPrefix)) {
+                header.firstSkippedLine =
+                    header.skippedLines == 0 ? lineNumber : header.firstSkippedLine;
+                ++header.skippedLines;
+            }
             break;
         }
     });
@@ -177,6 +185,8 @@ void describe(SpectrumRecord& record, const std::filesystem::path& path, FileHea
     record.dtype = header.dtype.empty() ? std::string(defaultType) : std::move(header.dtype);
     record.waveInfo = std::move(header.waveInfo);
     record.header = std::move(header.header);
+    record.skippedLines = header.skippedLines;
+    record.firstSkippedLine = header.firstSkippedLine;
 }
 
 } // namespace
@@ -257,17 +267,32 @@ SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
     return record;
 }
 
+std::string describeSkipped(const SkippedLines& skipped) {
+    if (skipped.count == 0) {
+        return {};
+    }
+    return std::to_string(skipped.count) + (skipped.count == 1 ? " line" : " lines") +
+           " skipped (" + (skipped.calibrated ? "not one or two numbers" : "not two numbers") +
+           "), first at line " + std::to_string(skipped.firstLine);
+}
+
 int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
-                       const std::filesystem::path& path) {
+                       const std::filesystem::path& path, SkippedLines* skipped) {
     const SpectrumFileCount count = GET_NUMBER_DATA_POINTS(path);
     SpectrumRecord record = count.calibrated
                                 ? FILL_IN_ENERGY_ARRAYS(path, NUM_ENERGY_DATA_POINTS(path))
                                 : FILL_IN_SPECDATA_ARRAYS(path, count.dataLines);
+    const SkippedLines passedOver{record.skippedLines, record.firstSkippedLine, count.calibrated};
     if (record.x.empty()) {
-        throw QuarvexError("No data points found in " + fileText(path),
+        const std::string why = describeSkipped(passedOver);
+        throw QuarvexError("No data points found in " + fileText(path) +
+                               (why.empty() ? std::string() : ": " + why),
                            std::string(kDataFileErrorTitle));
     }
     mineralInfo = record.header;
+    if (skipped != nullptr) {
+        *skipped = passedOver;
+    }
     return appendSpectrum(specdata, std::move(record));
 }
 

@@ -20,6 +20,17 @@ inline constexpr std::string_view kDataFileErrorTitle = "DATA FILE ERROR";
 /// Data type of a spectrum whose file has no "dtype:" line.
 inline constexpr std::string_view kDefaultDataType = "RAMAN";
 
+/// The lines of a spectrum file that were read as nothing: neither a key, nor a "##" header
+/// line, nor blank, nor data. Counted so that a load can say that part of the file was not read.
+struct SkippedLines {
+    std::int64_t count = 0;
+    std::int64_t firstLine = 0; ///< 1-based number of the first such line; 0 when none
+    bool calibrated = false;    ///< data lines of a calibrated file hold one or two numbers
+};
+
+/// "3 lines skipped (not two numbers), first at line 12"; empty when no line was skipped.
+std::string describeSkipped(const SkippedLines& skipped);
+
 /// What the counting pass learns of a file.
 struct SpectrumFileCount {
     std::int64_t dataLines = 0; ///< lines that hold an x, y pair
@@ -52,8 +63,9 @@ SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
 /// Reads a spectrum file into a new spectrum at the end of the set, which becomes the active
 /// one; its header values also go to `mineralInfo`. Returns the new index (0-based). On any
 /// failure throws QuarvexError and leaves the set and `mineralInfo` unchanged.
+/// `skipped`, when given, receives the lines the read passed over.
 int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
-                       const std::filesystem::path& path);
+                       const std::filesystem::path& path, SkippedLines* skipped = nullptr);
 
 /// The "|"-separated filter list of the open-file dialog, the type of the previously chosen
 /// file first (".grelt" or ".txt"; any other extension puts all files first).

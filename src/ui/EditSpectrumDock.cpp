@@ -2,10 +2,13 @@
 #include "ui/EditSpectrumDock.h"
 
 #include "common/IndexCast.h"
+#include "common/QuarvexError.h"
 #include "processing/PeakSearch.h"
 #include "ui/Commands.h"
+#include "ui/CsvExport.h"
 #include "ui/FitTable.h"
 #include "ui/ProgressRunner.h"
+#include "ui/QtText.h"
 #include "ui/RangeEditor.h"
 #include "ui/SpectrumView.h"
 
@@ -13,6 +16,8 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -101,9 +106,12 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
     fitButton->setToolTip(QStringLiteral("Fit the peaks of the window"));
     copyButton_ = new QPushButton(QStringLiteral("Copy"), body);
     copyButton_->setToolTip(QStringLiteral("Copy the fit table as tab-separated text"));
+    csvButton_ = new QPushButton(QStringLiteral("Export CSV..."), body);
+    csvButton_->setToolTip(QStringLiteral("Save the fit table as a CSV file"));
     auto* clearFitButton = new QPushButton(QStringLiteral("Clear Fit"), body);
     actions->addWidget(fitButton, 1);
     actions->addWidget(copyButton_);
+    actions->addWidget(csvButton_);
     actions->addWidget(clearFitButton);
     layout->addLayout(actions);
 
@@ -145,6 +153,14 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
     });
     connect(clearPeaks, &QPushButton::clicked, this, &EditSpectrumDock::clearPeaks);
     connect(clearFitButton, &QPushButton::clicked, this, &EditSpectrumDock::clearFit);
+    connect(csvButton_, &QPushButton::clicked, this, [this] {
+        try {
+            exportTableCsv();
+        } catch (const QuarvexError& error) {
+            context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                            QString::fromStdString(error.title()));
+        }
+    });
     connect(&context_.view, &SpectrumView::peakPlaced, this, &EditSpectrumDock::placePeak);
     connect(context_.view.xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), window_,
             &RangeEditor::showCurrent);
@@ -159,7 +175,7 @@ std::optional<XRange> EditSpectrumDock::defaultWindow(QString& text) const {
     }
     const auto x = s.xValues(k);
     const QCPRange shown = context_.view.xAxis->range();
-    text = QStringLiteral("The x-range the view shows. Shift+drag on the view to select a "
+    text = QStringLiteral("The x-range the view shows. Drag on the view to select a "
                           "window around the peaks to fit.");
     return XRange{std::max<double>(shown.lower, x.front()),
                   std::min<double>(shown.upper, x.back())};
@@ -193,7 +209,7 @@ void EditSpectrumDock::spectraChanged() {
     if (k < 0) {
         placeButton_->setChecked(false);
     }
-    copyButton_->setEnabled(fit_.has_value());
+    enableFitExports(fit_.has_value());
     updatePeakNote();
 }
 
@@ -236,9 +252,10 @@ void EditSpectrumDock::findPeaks() {
     }
     fitColumns(peakTable_);
     peakSummary_->setText(
-        QStringLiteral("%1 peaks between %2 and %3. Noise level %4; a peak stands at least %5 "
+        QStringLiteral("%1 between %2 and %3. Noise level %4; a peak stands at least %5 "
                        "above its surroundings.")
-            .arg(result.peaks.size())
+            .arg(countOf(static_cast<long long>(result.peaks.size()), QStringLiteral("peak"),
+                         QStringLiteral("peaks")))
             .arg(range->start, 0, 'f', 1)
             .arg(range->end, 0, 'f', 1)
             .arg(static_cast<double>(result.noise), 0, 'g', 4)
@@ -267,7 +284,7 @@ void EditSpectrumDock::fit() {
     context_.view.zoomTo(fitWindow_);
     showFit();
     showMarks();
-    copyButton_->setEnabled(true);
+    enableFitExports(true);
 }
 
 void EditSpectrumDock::showFit() {
@@ -328,7 +345,7 @@ void EditSpectrumDock::showFit() {
 
 void EditSpectrumDock::clearFit() {
     fit_.reset();
-    copyButton_->setEnabled(false);
+    enableFitExports(false);
     showFit();
 }
 
@@ -385,6 +402,25 @@ void EditSpectrumDock::copyTable() {
     if (fit_) {
         QApplication::clipboard()->setText(tableText());
     }
+}
+
+void EditSpectrumDock::exportTableCsv() {
+    if (!fit_) {
+        return;
+    }
+    const QFileInfo spectrum(QString::fromStdString(context_.state.specdata.PATH[at(spectrum_)]));
+    const QString path = context_.interaction->askSaveFileName(
+        this, QStringLiteral("Export Fit Table"),
+        spectrum.dir().filePath(spectrum.completeBaseName() + QStringLiteral("_fit.csv")),
+        QStringLiteral("CSV (*.csv)"));
+    if (!path.isEmpty()) {
+        saveText(path, csvFromTabs(tableText()), "Export Fit Table");
+    }
+}
+
+void EditSpectrumDock::enableFitExports(bool on) {
+    copyButton_->setEnabled(on);
+    csvButton_->setEnabled(on);
 }
 
 void EditSpectrumDock::closeEvent(QCloseEvent* event) {

@@ -48,6 +48,8 @@ public:
 
     /// Puts the fit table on the clipboard as tab-separated text.
     void copyTable();
+    /// Asks for a file name and saves the fit table there as CSV. Throws QuarvexError.
+    void exportTableCsv();
 
     /// The last fit, if any, and its table as copied.
     const std::optional<PeakFitResult>& lastFit() const { return fit_; }
@@ -74,6 +76,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void enableFitExports(bool on);
     std::optional<XRange> defaultWindow(QString& note) const;
     PeakFitSettings fitSettings() const;
     void showFit();
@@ -94,6 +97,7 @@ private:
     QLabel* peakSummary_ = nullptr;
     std::vector<QPushButton*> spectrumButtons_; ///< enabled while a spectrum is loaded
     QPushButton* copyButton_ = nullptr;
+    QPushButton* csvButton_ = nullptr;
     std::optional<PeakFitResult> fit_;
     XRange fitWindow_;
     std::vector<float> found_;

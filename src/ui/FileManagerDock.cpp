@@ -16,11 +16,18 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <iterator>
+
 namespace quarvex::ui {
 
 namespace {
 
-enum Column { kNumber, kName, kMineral, kChemistry, kType, kPoints, kLocality, kIdentifier };
+enum Column { kNumber, kName, kMineral, kChemistry, kLocality, kIdentifier, kType, kPoints };
+
+// The header of each column, in the order of Column: header and cells come from one list.
+constexpr const char* kColumnHeaders[] = {"#",        "Name", "Mineral", "Chemistry",
+                                          "Locality", "ID",   "Type",    "Points"};
+static_assert(std::size(kColumnHeaders) == kPoints + 1);
 
 // The rows of the details form, in the order showDetails() fills them.
 constexpr const char* kDetailLabels[] = {
@@ -41,11 +48,12 @@ FileManagerDock::FileManagerDock(ProgramState& state, QWidget* parent)
     layout->setContentsMargins(6, 4, 6, 6);
 
     table_ = new QTreeWidget(body);
-    table_->setColumnCount(8);
-    table_->setHeaderLabels({QStringLiteral("#"), QStringLiteral("Name"), QStringLiteral("Mineral"),
-                             QStringLiteral("Chemistry"), QStringLiteral("Locality"),
-                             QStringLiteral("ID"), QStringLiteral("Type"),
-                             QStringLiteral("Points")});
+    QStringList headers;
+    for (const char* header : kColumnHeaders) {
+        headers.append(QString::fromUtf8(header));
+    }
+    table_->setColumnCount(static_cast<int>(headers.size()));
+    table_->setHeaderLabels(headers);
     table_->setRootIsDecorated(false);
     table_->setUniformRowHeights(true);
     table_->setAlternatingRowColors(true);

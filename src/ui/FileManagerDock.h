@@ -33,6 +33,9 @@ public:
     int selectedSpectrum() const;
     void selectSpectrum(int spectrum);
 
+    /// The table of the loaded spectra, one row per spectrum.
+    QTreeWidget* table() const { return table_; }
+
 signals:
     /// A spectrum command (Make Invisible, Make Primary, ...) for one spectrum.
     void commandRequested(int command, int spectrum);

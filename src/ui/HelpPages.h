@@ -1,5 +1,5 @@
 // The help commands' pages: the Markdown documentation shipped with the program, rendered to
-// HTML for the desktop's browser.
+// HTML for the help window.
 #pragma once
 
 #include <filesystem>

@@ -11,12 +11,14 @@
 #include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
 #include "ui/HelpPages.h"
+#include "ui/HelpWindow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/PrintAndExport.h"
 #include "ui/ProgressRunner.h"
 #include "ui/RamanSearchDock.h"
 #include "ui/SpectrumDialogs.h"
 #include "ui/SpectrumView.h"
+#include "ui/TextViewer.h"
 #include "ui/XrayDiffractionDock.h"
 
 #include <QDateTime>
@@ -26,7 +28,6 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QStatusBar>
-#include <QUrl>
 
 namespace quarvex::ui {
 
@@ -83,10 +84,6 @@ bool isMainWindowCommand(int command) {
         return isXrayButtonCommand(command) ||
                (command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast);
     }
-}
-
-QString qPath(const std::filesystem::path& path) {
-    return QString::fromStdString(path.string());
 }
 
 } // namespace
@@ -225,11 +222,18 @@ void MainWndProc::READ_SPECDATA_FILE(bool another) {
 
 int MainWndProc::openFiles(const QStringList& paths) {
     int added = 0;
+    QStringList passedOver; // part of a file that was not read is never kept from the user
     for (const QString& path : paths) {
         try {
-            quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString());
+            SkippedLines skipped;
+            quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString(),
+                                        &skipped);
             lastOpenedPath_ = path;
             ++added;
+            if (skipped.count > 0) {
+                passedOver.append(QStringLiteral("%1: %2").arg(
+                    QFileInfo(path).fileName(), QString::fromStdString(describeSkipped(skipped))));
+            }
         } catch (const QuarvexError& error) {
             showError(error);
         }
@@ -237,6 +241,10 @@ int MainWndProc::openFiles(const QStringList& paths) {
     if (added > 0) {
         refreshAfterSpectrumChange();
         view_->ZOOM_OUT();
+        view_->setFocus(); // the arrow keys move the cross-hair at once
+    }
+    if (!passedOver.isEmpty()) {
+        statusBar()->showMessage(passedOver.join(QStringLiteral("; ")));
     }
     return added;
 }
@@ -381,11 +389,15 @@ void MainWndProc::print() {
     if (options_.interaction->execDialog(dialog) != QDialog::Accepted) {
         return;
     }
+    printTo(printer());
+}
+
+void MainWndProc::printTo(QPrinter& target) {
     QStringList names;
     for (const int k : view_->drawnSpectra()) {
         names.append(QString::fromStdString(state_.specdata.NAME[at(k)]));
     }
-    PRINTOUTMAINSCREEN(*view_, printer(),
+    PRINTOUTMAINSCREEN(*view_, target,
                        QStringLiteral("Quarvex   %1   %2")
                            .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
                                 names.join(QStringLiteral(", "))));
@@ -408,7 +420,7 @@ void MainWndProc::exportView() {
     const QString path = options_.interaction->askSaveFileName(
         this, QStringLiteral("Export View"),
         QDir(QFileInfo(lastOpenedPath_).absolutePath()).filePath(proposed + QStringLiteral(".pdf")),
-        QStringLiteral("PDF document (*.pdf);;PNG image (*.png)"));
+        QStringLiteral("PDF document (*.pdf);;SVG drawing (*.svg);;PNG image (*.png)"));
     if (path.isEmpty()) {
         return;
     }
@@ -421,10 +433,10 @@ void MainWndProc::exportView() {
 void MainWndProc::openHelp(int command) {
     const std::filesystem::path page =
         prepareHelpPage(command, options_.docsFolder, options_.home / kTempFolder / "Help");
-    if (!options_.interaction->openUrl(QUrl::fromLocalFile(qPath(page)))) {
-        throw QuarvexError("Help Is Not Available: No Program Could Show " + page.string(),
-                           kHelpErrorTitle);
+    if (helpWindow_ == nullptr) {
+        helpWindow_ = new HelpWindow(this);
     }
+    helpWindow_->showPage(page);
 }
 
 void MainWndProc::consistencyExam() {
@@ -447,7 +459,7 @@ void MainWndProc::consistencyExam() {
                                           QStringLiteral("%1\n\nThe report is in %2.")
                                               .arg(QString::fromStdString(exam->summary()), report),
                                           QString::fromUtf8(kConsistencyTitle));
-    options_.interaction->openUrl(QUrl::fromLocalFile(report));
+    showTextFile(this, exam->report, QString::fromUtf8(kConsistencyTitle), options_.interaction);
 }
 
 void MainWndProc::showError(const QuarvexError& error) {

@@ -342,6 +342,7 @@ bool MainWndProc::canRun(int command) const {
     case kCmdReverseXAxis:
     case kCmdStackSpectra:
     case kCmdCompileLibrary:
+    case kCmdXrayMode: // its dock holds Open Project..., which needs nothing loaded
         return true;
     case kCmdCopyFitTable:
         return editSpectrum_->lastFit().has_value();
@@ -358,7 +359,6 @@ bool MainWndProc::canRun(int command) const {
     case kCmdSpectrumName:
     case kCmdRamanSearchMode:
     case kCmdEditSpectrumMode:
-    case kCmdXrayMode:
     case kCmdSearchLibrary:
     case kCmdFindPeaks:
     case kCmdFitPeaks:
@@ -429,7 +429,7 @@ void MainWndProc::updateStatus() {
 }
 
 void MainWndProc::updateTitle() {
-    const int primary = targetSpectrum();
+    const int primary = activeSpectrum(state_.specdata); // not the File Manager's selection
     setWindowTitle(primary < 0
                        ? QStringLiteral("Quarvex")
                        : QStringLiteral("%1 - Quarvex")

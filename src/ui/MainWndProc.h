@@ -25,6 +25,7 @@ namespace quarvex::ui {
 
 class EditSpectrumDock;
 class FileManagerDock;
+class HelpWindow;
 class RamanSearchDock;
 class SpectrumView;
 class XrayDiffractionDock;
@@ -81,12 +82,17 @@ public:
     RamanSearchDock* ramanSearch() const { return ramanSearch_; }
     EditSpectrumDock* editSpectrum() const { return editSpectrum_; }
     XrayDiffractionDock* xrayDiffraction() const { return xray_; }
+    /// The help window; null until help was asked for.
+    HelpWindow* helpWindow() const { return helpWindow_; }
     QMenu* viewPopup() const { return viewPopup_; }
     QMenu* spectrumPopup() const { return spectrumPopup_; }
     QMenu* diffractionFilePopup() const { return diffractionFilePopup_; }
     QMenu* referencePopup() const { return referencePopup_; }
     /// Every menu and tool-bar action of a command.
     QList<QAction*> actionsFor(int command) const;
+    /// Prints the view on `printer` with its header line: what Print... does after its dialog.
+    void printTo(QPrinter& printer);
+
     /// The status bar's cross-hair field ("x = ..., y = ...").
     QString crosshairText() const;
 
@@ -138,6 +144,7 @@ private:
     RamanSearchDock* ramanSearch_ = nullptr;
     EditSpectrumDock* editSpectrum_ = nullptr;
     XrayDiffractionDock* xray_ = nullptr;
+    HelpWindow* helpWindow_ = nullptr;
     QMenu* viewPopup_ = nullptr;
     QMenu* spectrumPopup_ = nullptr;
     QMenu* diffractionFilePopup_ = nullptr;

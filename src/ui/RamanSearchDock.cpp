@@ -7,12 +7,15 @@
 #include "library/DotProdSearch.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/Commands.h"
+#include "ui/CsvExport.h"
 #include "ui/ProgressRunner.h"
 #include "ui/RangeEditor.h"
 #include "ui/SpectrumView.h"
 
 #include <QCloseEvent>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -115,8 +118,11 @@ RamanSearchDock::RamanSearchDock(ModeContext context, QWidget* parent)
 
     auto* more = new QHBoxLayout();
     moreButton_ = new QPushButton(QStringLiteral("Show More"), body);
+    csvButton_ = new QPushButton(QStringLiteral("Export CSV..."), body);
+    csvButton_->setToolTip(QStringLiteral("Save the whole ranking of the search as a CSV file"));
     more->addStretch(1);
     more->addWidget(moreButton_);
+    more->addWidget(csvButton_);
     layout->addLayout(more);
     details_ = new QLabel(body);
     details_->setWordWrap(true);
@@ -138,6 +144,14 @@ RamanSearchDock::RamanSearchDock(ModeContext context, QWidget* parent)
                 [this, command] { emit commandRequested(command); });
     }
     connect(moreButton_, &QPushButton::clicked, this, &RamanSearchDock::showMore);
+    connect(csvButton_, &QPushButton::clicked, this, [this] {
+        try {
+            exportResultsCsv();
+        } catch (const QuarvexError& error) {
+            context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                            QString::fromStdString(error.title()));
+        }
+    });
     connect(results_, &QTreeWidget::itemSelectionChanged, this, &RamanSearchDock::overlaySelected);
     connect(libraryLabel_, &QLabel::linkActivated, this, [this] {
         QStringList lines;
@@ -165,10 +179,10 @@ std::optional<XRange> RamanSearchDock::defaultRange(QString& note) const {
     const double end = std::min<double>(preferences.searchRangeEnd, x.back());
     if (start < end) {
         note = QStringLiteral("The search range of the preferences, within the spectrum. "
-                              "Shift+drag on the view to choose another.");
+                              "Drag on the view to choose another.");
         return XRange{start, end};
     }
-    note = QStringLiteral("The whole spectrum. Shift+drag on the view to choose a range.");
+    note = QStringLiteral("The whole spectrum. Drag on the view to choose a range.");
     return XRange{x.front(), x.back()};
 }
 
@@ -182,8 +196,9 @@ void RamanSearchDock::spectraChanged() {
     unknownLabel_->setText(k < 0 ? QStringLiteral("Open a Raman spectrum to search.")
                                  : spectrumCaption(s, k));
     range_->refresh(s, k);
-    const bool stale = searchedSpectrum_ >= 0 && (searchedSpectrum_ >= s.count() ||
-                                                  s.PATH[at(searchedSpectrum_)] != searchedPath_);
+    // Results belong to the unknown they were searched for: another unknown clears them.
+    const bool stale = searchedSpectrum_ >= 0 &&
+                       (searchedSpectrum_ != k || s.PATH[at(searchedSpectrum_)] != searchedPath_);
     if (stale) {
         clearResults();
     }
@@ -194,6 +209,7 @@ void RamanSearchDock::updateButtons() {
     const bool loaded = activeSpectrum(context_.state.specdata) >= 0;
     searchButton_->setEnabled(loaded);
     moreButton_->setVisible(shown_ > 0);
+    csvButton_->setVisible(shown_ > 0);
     moreButton_->setEnabled(shown_ < context_.state.library.count());
     moreButton_->setText(QStringLiteral("Show More (%1 of %2 listed)")
                              .arg(shown_)
@@ -251,9 +267,11 @@ void RamanSearchDock::search() {
                           .arg(run.count)
                           .arg(seconds, 0, 'f', 2));
     fillResults();
-    if (results_->topLevelItemCount() > 0) {
-        results_->setCurrentItem(results_->topLevelItem(0)); // the best match, drawn at once
+    {
+        const QSignalBlocker quiet(results_);
+        results_->setCurrentItem(results_->topLevelItem(0)); // null when nothing was found
     }
+    overlaySelected(); // the best match of this search, drawn at once
 }
 
 void RamanSearchDock::fillResults() {
@@ -289,6 +307,20 @@ void RamanSearchDock::fillResults() {
         results_->setCurrentItem(results_->topLevelItem(selected));
     }
     updateButtons();
+}
+
+void RamanSearchDock::exportResultsCsv() {
+    if (searchedSpectrum_ < 0) {
+        return;
+    }
+    const QFileInfo unknown(QString::fromStdString(searchedPath_));
+    const QString path = context_.interaction->askSaveFileName(
+        this, QStringLiteral("Export Search Results"),
+        unknown.dir().filePath(unknown.completeBaseName() + QStringLiteral("_search.csv")),
+        QStringLiteral("CSV (*.csv)"));
+    if (!path.isEmpty()) {
+        saveText(path, rankedResultsCsv(context_.state.library), "Export Search Results");
+    }
 }
 
 void RamanSearchDock::showMore() {

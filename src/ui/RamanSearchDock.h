@@ -55,6 +55,10 @@ public:
     /// Lists `preferences.resultsShown` more entries of the last search.
     void showMore();
 
+    /// Asks for a file name and saves the whole ranking of the last search there as CSV.
+    /// Throws QuarvexError when it cannot be written.
+    void exportResultsCsv();
+
 signals:
     void commandRequested(int command);
 
@@ -75,6 +79,7 @@ private:
     QPushButton* compileButton_ = nullptr;
     QPushButton* examButton_ = nullptr;
     QPushButton* moreButton_ = nullptr;
+    QPushButton* csvButton_ = nullptr;
     QLabel* summary_ = nullptr;
     QTreeWidget* results_ = nullptr;
     QLabel* details_ = nullptr;

@@ -71,7 +71,8 @@ void RangeEditor::showCurrent() {
     QString note;
     current_ = view_.selectedRange();
     if (current_) {
-        note = QStringLiteral("The range selected in the view (Shift+drag, or type it here).");
+        note =
+            QStringLiteral("The range selected in the view (drag on the view, or type it here).");
     } else {
         current_ = fallback_(note);
     }
@@ -101,6 +102,16 @@ void RangeEditor::typed() {
                                                                                    : field->value();
     };
     const XRange typedRange{bound(from_, current_->start), bound(to_, current_->end)};
+    if (!(typedRange.start < typedRange.end)) {
+        // Never swap or clamp behind the user's back: say why the range stays.
+        const XRange kept = *current_;
+        showCurrent();
+        source_->setText(QStringLiteral("From %1 is not below To %2: the range stays %3 to %4.")
+                             .arg(from_->textFromValue(typedRange.start),
+                                  to_->textFromValue(typedRange.end),
+                                  from_->textFromValue(kept.start), to_->textFromValue(kept.end)));
+        return;
+    }
     if (typedRange.start != current_->start || typedRange.end != current_->end) {
         view_.setSelectedRange(typedRange);
     }

@@ -107,6 +107,7 @@ SpectrumView::SpectrumView(ProgramState& state, QWidget* parent)
             qOverload<const QCPRange&>(&QCPAxis::setRange));
     connect(yAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), yAxis2,
             qOverload<const QCPRange&>(&QCPAxis::setRange));
+    connect(this, &QCustomPlot::beforeReplot, this, &SpectrumView::arrangePeakLabels);
     connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this, [this] {
         if (!settingRanges_) {
             userZoomed_ = true;
@@ -156,6 +157,13 @@ void SpectrumView::HOLD_SPECRGN_ARRAYS() {
     QFont hintFont = font();
     hintFont.setPointSizeF(hintFont.pointSizeF() + 2.0);
     emptyHint_->setFont(hintFont);
+
+    otherTypeNote_ = new QCPItemText(this);
+    otherTypeNote_->position->setType(QCPItemPosition::ptAxisRectRatio);
+    otherTypeNote_->position->setCoords(0.01, 0.01);
+    otherTypeNote_->setPositionAlignment(Qt::AlignTop | Qt::AlignLeft);
+    otherTypeNote_->setColor(QColor(150, 60, 0));
+    otherTypeNote_->setVisible(false);
 }
 
 void SpectrumView::INI_DRAG() {
@@ -186,8 +194,14 @@ void SpectrumView::ORGANIZE_PAINTING() {
     clearGraphs();
     graphSpectrum_.clear();
     const int primary = primaryVisibleSpectrum();
+    hiddenOfOtherType_ = 0;
     for (int k = 0; k < s.count(); ++k) {
         if (!s.VISIBLE[at(k)]) {
+            continue;
+        }
+        // One x axis, one kind of x: 2-theta is never drawn over wavenumbers.
+        if (xAxisKindOf(s.DTYPE[at(k)]) != xAxisKindOf(s.DTYPE[at(primary)])) {
+            ++hiddenOfOtherType_;
             continue;
         }
         const auto x = s.xValues(k);
@@ -210,6 +224,11 @@ void SpectrumView::ORGANIZE_PAINTING() {
 
     legend->setVisible(!graphSpectrum_.empty());
     emptyHint_->setVisible(graphSpectrum_.empty());
+    otherTypeNote_->setVisible(hiddenOfOtherType_ > 0);
+    otherTypeNote_->setText(
+        QStringLiteral("%1 of another data type hidden: make one primary to see its type")
+            .arg(hiddenOfOtherType_ == 1 ? QStringLiteral("1 spectrum")
+                                         : QStringLiteral("%1 spectra").arg(hiddenOfOtherType_)));
     xAxis->setRangeReversed(preferences.reverseXAxis);
     xAxis2->setRangeReversed(preferences.reverseXAxis);
     xAxis->grid()->setVisible(preferences.showGrid);
@@ -405,6 +424,10 @@ int SpectrumView::spectrumAt(const QPointF& pos) const {
     return best;
 }
 
+void SpectrumView::setInteractionShown(bool shown) {
+    interactionLayer_->setVisible(shown);
+}
+
 void SpectrumView::setSelectedRange(std::optional<XRange> range) {
     if (range && range->start > range->end) {
         std::swap(range->start, range->end);
@@ -438,6 +461,12 @@ void SpectrumView::mousePressEvent(QMouseEvent* event) {
         dragStartRanges_ = {xAxis->range(), yAxis->range()};
         return;
     }
+    if (event->button() != Qt::LeftButton) {
+        // The right button opens a pop-up menu, which takes the release: a zoom box started
+        // here would stay attached to the mouse.
+        event->accept();
+        return;
+    }
     QCustomPlot::mousePressEvent(event);
 }
 
@@ -455,7 +484,14 @@ void SpectrumView::mouseMoveEvent(QMouseEvent* event) {
     } else if (drag_ == Drag::Panning) {
         userZoomed_ = true;
         settingRanges_ = true;
-        const double dx = xAxis->pixelToCoord(dragStart_.x()) - xAxis->pixelToCoord(pos.x());
+        // Pan along the data, never past its ends: x stays where there is something to see.
+        const QCPRange full = fullRanges().x;
+        const QCPRange& start = dragStartRanges_.x;
+        const double towardsFirst = full.lower - start.lower;
+        const double towardsLast = full.upper - start.upper;
+        const double dx =
+            std::clamp(xAxis->pixelToCoord(dragStart_.x()) - xAxis->pixelToCoord(pos.x()),
+                       std::min(towardsFirst, towardsLast), std::max(towardsFirst, towardsLast));
         const double dy = yAxis->pixelToCoord(dragStart_.y()) - yAxis->pixelToCoord(pos.y());
         xAxis->setRange(dragStartRanges_.x.lower + dx, dragStartRanges_.x.upper + dx);
         yAxis->setRange(dragStartRanges_.y.lower + dy, dragStartRanges_.y.upper + dy);
@@ -504,6 +540,10 @@ void SpectrumView::wheelEvent(QWheelEvent* event) {
 }
 
 void SpectrumView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && selectionRect()->isActive()) {
+        selectionRect()->cancel();
+        return;
+    }
     if (event->key() == Qt::Key_Escape && selection_) {
         setSelectedRange(std::nullopt);
         return;
@@ -514,6 +554,9 @@ void SpectrumView::keyPressEvent(QKeyEvent* event) {
 }
 
 void SpectrumView::contextMenuEvent(QContextMenuEvent* event) {
+    if (selectionRect()->isActive()) {
+        selectionRect()->cancel();
+    }
     emit popupRequested(event->globalPos(), spectrumAt(event->pos()));
 }
 

@@ -57,6 +57,10 @@ public:
     /// other key or when nothing is drawn.
     bool CROSSHAIR_MOVE(int key);
 
+    /// Shows or hides what belongs to the screen only (cross-hair, selection shading), for a
+    /// figure or a printed page.
+    void setInteractionShown(bool shown);
+
     std::optional<XRange> selectedRange() const { return selection_; }
     void setSelectedRange(std::optional<XRange> range);
 
@@ -69,6 +73,10 @@ public:
 
     /// The visible spectrum whose drawing passes within a few pixels of `pos`; -1 when none.
     int spectrumAt(const QPointF& pos) const;
+
+    /// Visible spectra not drawn because their data type's x axis is not the primary one's
+    /// (a diffraction pattern beside a Raman spectrum); the view says how many.
+    int hiddenOfOtherType() const { return hiddenOfOtherType_; }
 
     /// Spectrum numbers (0-based) of the drawn curves, in drawing order.
     const std::vector<int>& drawnSpectra() const { return graphSpectrum_; }
@@ -129,6 +137,7 @@ private:
     void drawReference();
     void drawFit();
     void drawPeakMarks();
+    void arrangePeakLabels();
     void drawTicks();
     QCPAxisRect* makeStrip();
     void arrangeStrips(bool ticks, bool residual);
@@ -144,6 +153,8 @@ private:
     QCPItemTracer* crossMarker_ = nullptr;
     QCPItemRect* selectionBox_ = nullptr;
     QCPItemText* emptyHint_ = nullptr;
+    QCPItemText* otherTypeNote_ = nullptr;
+    int hiddenOfOtherType_ = 0;
     int crosshairSpectrum_ = -1;
     int crosshairPoint_ = -1;
     std::optional<XRange> selection_;
@@ -153,6 +164,7 @@ private:
     std::optional<FitOverlay> fit_;
     PeakMarks marks_;
     std::vector<QCPAbstractItem*> markItems_;
+    std::vector<QCPItemText*> foundLabels_; ///< among markItems_: the labels of found peaks
     ReflectionTicks ticks_;
     QCPAxisRect* residualRect_ = nullptr;
     QCPAxisRect* tickRect_ = nullptr;

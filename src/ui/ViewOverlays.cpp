@@ -7,7 +7,9 @@
 #include "ui/ModeContext.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
 
 namespace quarvex::ui {
 
@@ -87,6 +89,7 @@ void SpectrumView::drawOverlays() {
         removeItem(item);
     }
     markItems_.clear();
+    foundLabels_.clear();
     const bool fitShown = fit_ && isDrawn(fit_->spectrum) && !fit_->x.empty();
     arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown);
     drawReference();
@@ -204,6 +207,7 @@ void SpectrumView::drawPeakMarks() {
         arrow->setPen(QPen(kFoundColour, 1.0));
         arrow->setHead(QCPLineEnding(QCPLineEnding::esSpikeArrow, 6.0, 8.0));
         markItems_.insert(markItems_.end(), {top, label, arrow});
+        foundLabels_.push_back(label);
     }
     for (const float x : marks_.placed) {
         auto* line = new QCPItemStraightLine(this);
@@ -225,6 +229,44 @@ void SpectrumView::drawPeakMarks() {
     for (QCPAbstractItem* item : markItems_) {
         item->setSelectable(false);
         item->setLayer(primaryLayer_);
+    }
+    arrangePeakLabels();
+}
+
+// Labels of found peaks that would overlap go up a row (up to kLabelRows), and a label at an
+// edge of the plot is moved inwards instead of being cut. Run before every replot: the pixels
+// between the peaks change with the zoom.
+void SpectrumView::arrangePeakLabels() {
+    constexpr double kBaseOffset = 22.0; // pixels between a peak's top and its label
+    constexpr double kGap = 4.0;
+    constexpr std::size_t kLabelRows = 4;
+    std::vector<std::pair<double, QCPItemText*>> byPixel;
+    for (QCPItemText* label : foundLabels_) {
+        byPixel.emplace_back(label->position->parentAnchor()->pixelPosition().x(), label);
+    }
+    std::sort(byPixel.begin(), byPixel.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    const QRect plot = axisRect()->rect();
+    std::array<double, kLabelRows> rowEnd{};
+    rowEnd.fill(-std::numeric_limits<double>::infinity());
+    for (const auto& [pixel, label] : byPixel) {
+        const QFontMetricsF metrics(label->font());
+        const double width = metrics.horizontalAdvance(label->text()) + label->padding().left() +
+                             label->padding().right();
+        const double centred = pixel - width / 2.0;
+        const double left =
+            std::max<double>(plot.left(), std::min<double>(centred, plot.right() - width));
+        auto row = static_cast<std::size_t>(
+            std::find_if(rowEnd.begin(), rowEnd.end(),
+                         [left](double end) { return left >= end + kGap; }) -
+            rowEnd.begin());
+        if (row == kLabelRows) { // every row is full here: the one that ends first
+            row = static_cast<std::size_t>(std::min_element(rowEnd.begin(), rowEnd.end()) -
+                                           rowEnd.begin());
+        }
+        rowEnd[row] = left + width;
+        label->position->setCoords(left - centred,
+                                   -(kBaseOffset + static_cast<double>(row) * metrics.height()));
     }
 }
 

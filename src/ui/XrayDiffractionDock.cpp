@@ -2,8 +2,10 @@
 #include "ui/XrayDiffractionDock.h"
 
 #include "common/IndexCast.h"
+#include "common/QuarvexError.h"
 #include "ui/QtText.h"
 #include "ui/SpectrumView.h"
+#include "ui/TextViewer.h"
 #include "ui/XrayPeakTable.h"
 
 #include <QCheckBox>
@@ -19,10 +21,10 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QTreeWidget>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -48,10 +50,16 @@ XrayDiffractionDock::XrayDiffractionDock(ModeContext context, QMenu& diffraction
     auto* body = new QWidget(this);
     auto* layout = new QVBoxLayout(body);
     layout->setContentsMargins(6, 4, 6, 6);
-    layout->addWidget(buildPatternBox());
-    layout->addWidget(buildReferenceBox());
-    layout->addWidget(buildPeakBox(), 1);
-    layout->addWidget(buildRefineBox());
+    // The boxes share the height through handles: the matched table and the report can be
+    // given as much of it as the user wants.
+    auto* panes = new QSplitter(Qt::Vertical, body);
+    panes->setChildrenCollapsible(false);
+    for (QWidget* box :
+         {buildPatternBox(), buildReferenceBox(), buildPeakBox(), buildRefineBox()}) {
+        panes->addWidget(box);
+    }
+    panes->setStretchFactor(2, 1);
+    layout->addWidget(panes);
     setWidget(body);
 
     viewButton_->setMenu(&referencePopup);
@@ -236,7 +244,7 @@ QWidget* XrayDiffractionDock::buildRefineBox() {
     refineButton_->setDefault(true);
     refineButton_->setToolTip(QStringLiteral("Refine the cell from the indexed peaks in use"));
     reportButton_ = new QPushButton(QStringLiteral("Open Report"), box);
-    reportButton_->setToolTip(QStringLiteral("Open the report file in the desktop's viewer"));
+    reportButton_->setToolTip(QStringLiteral("Show the report with Find, Copy and Save As"));
     buttons->addWidget(refineButton_, 1);
     buttons->addWidget(reportButton_);
     layout->addLayout(buttons);
@@ -257,11 +265,12 @@ QWidget* XrayDiffractionDock::buildRefineBox() {
     connect(refineButton_, &QPushButton::clicked, this,
             [this] { emit commandRequested(kCmdRefineCell); });
     connect(reportButton_, &QPushButton::clicked, this, [this] {
-        const QString path = QString::fromStdString(context_.state.inoutparms.reportPath.string());
-        if (!context_.interaction->openUrl(QUrl::fromLocalFile(path))) {
-            context_.interaction->showError(this,
-                                            QStringLiteral("No Program Could Show %1").arg(path),
-                                            QStringLiteral("Open Report"));
+        try {
+            showTextFile(this, context_.state.inoutparms.reportPath,
+                         QStringLiteral("Refinement Report"), context_.interaction);
+        } catch (const QuarvexError& error) {
+            context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                            QString::fromStdString(error.title()));
         }
     });
     return box;

@@ -227,11 +227,12 @@ void XrayDiffractionDock::refreshPhase() {
     } else {
         const auto usable = std::count(p->peaks.USEPK.begin(), p->peaks.USEPK.end(), true);
         const std::string& name = context_.state.specdata.NAME[at(context_.state.xrayPeak.pattern)];
-        QString text = QStringLiteral("%1 peaks of %2, %3 in use, %4 indexed")
-                           .arg(p->peaks.count())
-                           .arg(QString::fromStdString(name).toHtmlEscaped())
-                           .arg(usable)
-                           .arg(p->assignments.size());
+        QString text =
+            QStringLiteral("%1 of %2, %3 in use, %4 indexed")
+                .arg(countOf(p->peaks.count(), QStringLiteral("peak"), QStringLiteral("peaks")))
+                .arg(QString::fromStdString(name).toHtmlEscaped())
+                .arg(usable)
+                .arg(p->assignments.size());
         if (!p->source.empty()) {
             text += QStringLiteral(" from %1")
                         .arg(QString::fromStdString(

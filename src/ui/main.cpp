@@ -3,6 +3,7 @@
 #include "shell/Version.h"
 #include "ui/HelpPages.h"
 #include "ui/MainWndProc.h"
+#include "ui/PrintAndExport.h"
 #include "ui/QtText.h"
 #include "ui/SpectrumView.h"
 #include "ui/ToolIcons.h"
@@ -10,37 +11,71 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
+#include <QPrinter>
 #include <QTimer>
 
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string_view>
 
 namespace {
 
-// --help and --version answer in a terminal without a display too, where the window system
-// could not be opened: they need no window, so Qt runs without one for them.
-void answerTextRequestsWithoutDisplay(int argc, char** argv) {
-    if (!qEnvironmentVariableIsEmpty("DISPLAY") ||
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-        !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+// Answers that need no window are drawn offscreen: a figure (--export, --print-pdf) always
+// unless a platform is named, --help and --version when there is no display to open.
+void drawOffscreenWhenNoWindowIsNeeded(int argc, char** argv) {
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         return;
     }
+    const bool noDisplay = qEnvironmentVariableIsEmpty("DISPLAY") &&
+                           qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     for (int k = 1; k < argc; ++k) {
         const std::string_view argument = argv[k];
-        if (argument == "--help" || argument == "-h" || argument == "--version" ||
-            argument == "-v") {
+        const bool figure = argument.starts_with("--export") || argument.starts_with("--print-pdf");
+        const bool textAnswer = argument == "--help" || argument == "-h" ||
+                                argument == "--version" || argument == "-v";
+        if (figure || (textAnswer && noDisplay)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
             return;
         }
     }
 }
 
+// --export OUT [--size WxH] and --print-pdf OUT: the figures of the files given, then exit.
+int writeFigures(quarvex::ui::MainWndProc& window, const QString& exportPath, const QString& size,
+                 const QString& printPath) {
+    QApplication::processEvents(); // the window laid out as shown
+    int status = 0;
+    if (!exportPath.isEmpty()) {
+        const QStringList sides = size.split(QLatin1Char('x'));
+        const QSize pixels =
+            sides.size() == 2 ? QSize(sides[0].toInt(), sides[1].toInt()) : QSize(1100, 700);
+        if (pixels.isEmpty() || !quarvex::ui::exportView(*window.view(), exportPath, pixels)) {
+            std::cerr << "quarvex: the view could not be saved as " << exportPath.toStdString()
+                      << '\n';
+            status = 1;
+        }
+    }
+    if (!printPath.isEmpty()) {
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(printPath);
+        printer.setPageOrientation(QPageLayout::Landscape);
+        window.printTo(printer);
+        if (!QFileInfo(printPath).isFile()) {
+            std::cerr << "quarvex: " << printPath.toStdString() << " could not be written\n";
+            status = 1;
+        }
+    }
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     using namespace quarvex;
-    answerTextRequestsWithoutDisplay(argc, argv);
+    drawOffscreenWhenNoWindowIsNeeded(argc, argv);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quarvex"));
     QApplication::setApplicationVersion(ui::qText(kQuarvexVersion));
@@ -79,7 +114,20 @@ int main(int argc, char** argv) {
         QStringLiteral("Open a reference diffraction file in the X-ray mode before the commands."),
         QStringLiteral("FILE"));
     referenceOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption});
+    const QCommandLineOption exportOption(
+        QStringLiteral("export"),
+        QStringLiteral("Render the view of the FILEs as Export View does (PNG, PDF or SVG by the "
+                       "extension of OUT) and exit."),
+        QStringLiteral("OUT"));
+    const QCommandLineOption sizeOption(
+        QStringLiteral("size"), QStringLiteral("Size of the --export figure (default 1100x700)."),
+        QStringLiteral("WxH"));
+    const QCommandLineOption printPdfOption(
+        QStringLiteral("print-pdf"),
+        QStringLiteral("Print the view of the FILEs to a one-page PDF as Print... does, and exit."),
+        QStringLiteral("OUT.pdf"));
+    parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption,
+                       exportOption, sizeOption, printPdfOption});
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -90,7 +138,8 @@ int main(int argc, char** argv) {
     }
     // A picture is taken without a user: messages go to stderr instead of waiting for a hand.
     std::shared_ptr<ui::UserInteraction> interaction;
-    if (parser.isSet(screenshotOption)) {
+    const bool figures = parser.isSet(exportOption) || parser.isSet(printPdfOption);
+    if (parser.isSet(screenshotOption) || figures) {
         interaction = std::make_shared<ui::UnattendedInteraction>();
     }
     ProgramState state;
@@ -107,6 +156,10 @@ int main(int argc, char** argv) {
     window.xrayDiffraction()->openReferences(parser.values(referenceOption));
     for (const QString& command : parser.values(commandOption)) {
         window.dispatch(command.toInt());
+    }
+    if (figures) {
+        return writeFigures(window, parser.value(exportOption), parser.value(sizeOption),
+                            parser.value(printPdfOption));
     }
     if (parser.isSet(screenshotOption)) {
         const QString file = parser.value(screenshotOption);

@@ -74,6 +74,23 @@ TEST(InfoCli, DescribesEveryShippedExample) {
     }
 }
 
+// Lines that are neither keys nor two numbers are told, never dropped without a word.
+TEST(InfoCli, TellsTheLinesItSkipped) {
+    test::TempFolder home;
+    const auto file = home.write("letters.txt", "##NAMES=Quartz\n1 2\n12x3 5\nO3 7\n3 4\n");
+    const std::string command = cli() + " --home '" + home.path().string() + "' info ";
+    const auto json = test::runProgram(command + "--json '" + file.string() + "'");
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto spectrum = nlohmann::json::parse(json.out)["spectra"][0];
+    EXPECT_EQ(spectrum["numdata"], 2);
+    EXPECT_EQ(spectrum["skipped_lines"], 2);
+    EXPECT_EQ(spectrum["first_skipped_line"], 3);
+    const auto text = test::runProgram(command + "'" + file.string() + "'");
+    EXPECT_NE(text.out.find("  skipped    2 lines skipped (not two numbers), first at line 3\n"),
+              std::string::npos)
+        << text.out;
+}
+
 TEST(InfoCli, MissingFileFailsWithTheSharingError) {
     test::TempFolder home;
     const auto run = test::runProgram(cli() + " --home '" + home.path().string() + "' info '" +

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
 
 namespace quarvex {
@@ -74,6 +75,23 @@ TEST(ColourTable, FixedEntriesThenRandomOnes) {
         differing += (a.red != b.red || a.green != b.green || a.blue != b.blue) ? 1 : 0;
     }
     EXPECT_GT(differing, 40) << "entries 7 to 50 differ from one start to the next";
+}
+
+// Spectra from number 7 on can be told apart: no two entries nearly alike, none too pale.
+TEST(ColourTable, RandomEntriesAreDistinct) {
+    for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+        PAINTINGGLOBALS painting;
+        SET_UP_RAND_BRUSHES(painting, seed);
+        for (std::size_t k = 6; k < 50; ++k) {
+            const SpectrumColour& a = painting.RAND_BRUSH[k];
+            EXPECT_LE(0.299F * a.red + 0.587F * a.green + 0.114F * a.blue, 0.8F) << k + 1;
+            for (std::size_t j = 0; j < k; ++j) {
+                const SpectrumColour& b = painting.RAND_BRUSH[j];
+                const float d = std::hypot(a.red - b.red, a.green - b.green, a.blue - b.blue);
+                EXPECT_GE(d, 0.2F) << "entries " << j + 1 << " and " << k + 1 << ", seed " << seed;
+            }
+        }
+    }
 }
 
 } // namespace

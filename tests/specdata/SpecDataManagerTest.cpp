@@ -117,6 +117,64 @@ TEST(SpecDataManager, ToleratesLongLinesAndUnclosedComments) {
     EXPECT_EQ(s.DTYPE[2], "XRD");
 }
 
+struct SkippedCase {
+    const char* what;
+    std::string content;
+    int points;
+    SkippedLines skipped;
+    std::string told;
+};
+
+// A line that is neither a key nor two clean numbers is passed over, and counted: a number with
+// letters in it ("12x3", "O3") or out of every range ("1e9999") is no number.
+TEST(SpecDataManager, CountsTheLinesItPassesOver) {
+    const std::vector<SkippedCase> cases = {
+        {"clean", "##NAMES=Quartz\n##DATE=today\n\n   \n1 2\n3 4 5\n", 2, {}, ""},
+        {"letters in numbers",
+         "##NAMES=Quartz\n1 2\n12x3 5\n3 4\nO3 7\n5 6x\n",
+         2,
+         {3, 3, false},
+         "3 lines skipped (not two numbers), first at line 3"},
+        {"one number and a word",
+         "1 2\n1e9999 5\n7\nwavenumber intensity\n",
+         1,
+         {3, 2, false},
+         "3 lines skipped (not two numbers), first at line 2"},
+        {"comment block lines are not counted",
+         "<COM>\nmeasured today\n</COM>\n1 2\nx\n",
+         1,
+         {1, 5, false},
+         "1 line skipped (not two numbers), first at line 5"},
+        {"calibrated",
+         "CAL_OFFSET 1\nCAL_SLOPE 2\n5\nchannel\n6 7\n",
+         2,
+         {1, 4, true},
+         "1 line skipped (not one or two numbers), first at line 4"},
+    };
+    test::TempFolder folder;
+    for (const SkippedCase& c : cases) {
+        SPECDATA_GLOBALS s;
+        MINERALINFO info;
+        SkippedLines skipped{99, 99, true};
+        READ_SPECDATA_FILE(s, info, folder.write("skipped.txt", c.content), &skipped);
+        EXPECT_EQ(s.NUMDATA[0], c.points) << c.what;
+        EXPECT_EQ(skipped.count, c.skipped.count) << c.what;
+        EXPECT_EQ(skipped.firstLine, c.skipped.firstLine) << c.what;
+        EXPECT_EQ(describeSkipped(skipped), c.told) << c.what;
+    }
+    // A file of nothing but such lines says so in its message.
+    SPECDATA_GLOBALS s;
+    MINERALINFO info;
+    try {
+        READ_SPECDATA_FILE(s, info, folder.write("words.txt", "##NAMES=Q\nno data\n12x3 4\n"));
+        ADD_FAILURE() << "no error";
+    } catch (const QuarvexError& error) {
+        EXPECT_NE(error.text().find(": 2 lines skipped (not two numbers), first at line 2"),
+                  std::string::npos)
+            << error.text();
+    }
+}
+
 struct BadInput {
     const char* what;
     std::optional<std::string> content; // no content: the path does not exist

@@ -1,4 +1,5 @@
 // Runs the desktop program's test classes in one executable (offscreen platform).
+#include "DisplayTest.h"
 #include "EditSpectrumTest.h"
 #include "MenuTest.h"
 #include "RamanSearchTest.h"
@@ -21,5 +22,7 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&editSpectrum, argc, argv);
     quarvex::test::XrayDiffractionTest xrayDiffraction;
     failures += QTest::qExec(&xrayDiffraction, argc, argv);
+    quarvex::test::DisplayTest display;
+    failures += QTest::qExec(&display, argc, argv);
     return failures == 0 ? 0 : 1;
 }
