@@ -69,13 +69,10 @@ bool readPlainNumber(const char*& position, const char* end, float& value,
 
 } // namespace
 
-LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::size_t bufferSize) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        return;
-    }
-    file_.reset(std::fopen(path.c_str(), "rb"));
+LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::size_t bufferSize)
+    : file_(openReadableFile(path)) {
     if (file_) {
+        std::error_code error;
         std::setvbuf(file_.get(), nullptr, _IONBF, 0); // our buffer is the only one
         buffer_.resize(std::max(bufferSize, kSmallestBuffer));
         const auto size = std::filesystem::file_size(path, error);
