@@ -99,7 +99,8 @@ bool LibraryFileReader::fill() {
     return got > 0;
 }
 
-std::string_view LibraryFileReader::emit(const char* start, std::size_t length, std::size_t width) {
+std::string_view LibraryFileReader::lineOf(const char* start, std::size_t length,
+                                           std::size_t width) {
     if (length > 0 && start[length - 1] == '\r') {
         --length;
     }
@@ -118,7 +119,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         if (const auto* newline = static_cast<const char*>(std::memchr(start, '\n', available))) {
             const auto length = static_cast<std::size_t>(newline - start);
             begin_ += length + 1;
-            line = emit(start, length, width);
+            line = lineOf(start, length, width);
             return true;
         }
         if (fill()) {
@@ -129,7 +130,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         }
         if (endOfFile_) { // the last line has no end of line
             begin_ = end_;
-            line = emit(buffer_.data(), end_, width);
+            line = lineOf(buffer_.data(), end_, width);
             return true;
         }
         // A line longer than the whole buffer: gather what the line buffer holds (and one more
@@ -148,7 +149,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
                 break;
             }
         }
-        line = emit(overlong_.data(), overlong_.size(), width);
+        line = lineOf(overlong_.data(), overlong_.size(), width);
         return true;
     }
 }

@@ -54,7 +54,7 @@ public:
 
 private:
     bool fill();
-    std::string_view emit(const char* start, std::size_t length, std::size_t width);
+    std::string_view lineOf(const char* start, std::size_t length, std::size_t width);
 
     FilePointer file_;
     std::vector<char> buffer_;
