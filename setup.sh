@@ -3,6 +3,7 @@
 # Safe to run again: with everything in place it installs nothing and rebuilds nothing.
 #   QUARVEX_WERROR=ON    turn compiler warnings into errors (CI does)
 #   QUARVEX_BUILD_DIR    build folder (default: build)
+#   QUARVEX_FUZZ=ON      also install clang and libFuzzer (tests/fuzz/run.sh builds the fuzzers)
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -16,6 +17,9 @@ packages=(
     desktop-file-utils
     qt6-svg-dev poppler-utils
 )
+if [[ ${QUARVEX_FUZZ:-OFF} == ON ]]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -1,6 +1,9 @@
 #include "TestSupport.h"
 
+#include "CommitKill.h"
+
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdio>
@@ -51,6 +54,26 @@ ProgramRun runProgram(const std::string& commandLine) {
     run.out = readFile(out);
     run.err = readFile(err);
     return run;
+}
+
+bool killedAtCommitStep(int step, const std::function<void(const CommitStepHook&)>& write) {
+    constexpr int kEndedAtStep = 42;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        try {
+            write([step](int now) {
+                if (now == step) {
+                    ::_exit(kEndedAtStep); // no clean-up at all, as after a kill
+                }
+            });
+        } catch (...) {
+            ::_exit(1);
+        }
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == kEndedAtStep;
 }
 
 } // namespace quarvex::test

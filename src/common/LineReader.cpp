@@ -7,8 +7,6 @@ namespace quarvex {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20;
-
 std::string_view trimEndOfLine(std::string_view line) {
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
@@ -18,15 +16,11 @@ std::string_view trimEndOfLine(std::string_view line) {
 
 } // namespace
 
-LineReader::LineReader(const std::filesystem::path& path, std::size_t maxLineLength)
-    : maxLineLength_(maxLineLength) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        return; // fopen succeeds on a folder on Linux; reading it then fails
-    }
-    file_.reset(std::fopen(path.c_str(), "rb"));
+LineReader::LineReader(const std::filesystem::path& path, std::size_t maxLineLength,
+                       std::size_t bufferSize)
+    : file_(openReadableFile(path)), maxLineLength_(maxLineLength) {
     if (file_) {
-        buffer_.resize(kBufferSize);
+        buffer_.resize(std::max<std::size_t>(bufferSize, 1));
     }
 }
 
@@ -49,6 +43,7 @@ bool LineReader::next(std::string_view& line) {
     }
     longLine_.clear();
     bool straddles = false;
+    std::size_t straddlingBytes = 0;
     for (;;) {
         if (begin_ == end_ && !refill()) {
             if (!straddles) {
@@ -61,6 +56,12 @@ bool LineReader::next(std::string_view& line) {
         const auto* newline = static_cast<const char*>(std::memchr(start, '\n', end_ - begin_));
         const std::size_t length =
             newline ? static_cast<std::size_t>(newline - start) : end_ - begin_;
+        if (straddlingBytes + length > kMaxTextLineBytes) {
+            notText_ = true; // no text file has such a line: stop rather than read on for ever
+            endOfFile_ = true;
+            begin_ = end_ = 0;
+            return false;
+        }
         if (!straddles && newline) {
             line = std::string_view(start, length);
             begin_ += length + 1;
@@ -72,6 +73,7 @@ bool LineReader::next(std::string_view& line) {
         longLine_.append(start, std::min(length, room));
         straddles = true;
         begin_ += length;
+        straddlingBytes += length;
         if (newline) {
             ++begin_;
             line = longLine_;
@@ -83,7 +85,7 @@ bool LineReader::next(std::string_view& line) {
         line = line.substr(0, maxLineLength_);
     }
     if (std::memchr(line.data(), '\0', line.size()) != nullptr) {
-        sawNul_ = true;
+        notText_ = true;
     }
     ++lineNumber_;
     return true;

@@ -1,10 +1,10 @@
 // Fast sequential reading of a text file line by line, the way the program's readers see lines.
 #pragma once
 
+#include "common/ReadableFile.h"
+
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,18 +13,24 @@ namespace quarvex {
 
 /// Reads a text file line by line through a large buffer. Each line comes without its end of
 /// line ("\n" or "\r\n") and cut at `maxLineLength` characters, like a read into a fixed-width
-/// line buffer. No allocation per line.
+/// line buffer. No allocation per line. A line that runs on for kMaxTextLineBytes without an end
+/// of line ends the reading: the file is not a text file.
 class LineReader {
 public:
     static constexpr std::size_t kDefaultMaxLineLength = 256;
+    static constexpr std::size_t kDefaultBufferSize = std::size_t{1} << 20;
 
+    /// Opens `path` (see openReadableFile: throws QuarvexError for a device, a pipe or a socket).
+    /// `bufferSize` (at least 1) is settable so that tests and fuzzers need no big files.
     explicit LineReader(const std::filesystem::path& path,
-                        std::size_t maxLineLength = kDefaultMaxLineLength);
+                        std::size_t maxLineLength = kDefaultMaxLineLength,
+                        std::size_t bufferSize = kDefaultBufferSize);
 
     /// False when the file could not be opened (missing, a folder, no permission).
     bool isOpen() const noexcept { return file_ != nullptr; }
 
-    /// The next line, valid until the next call; false at the end of the file or on a read error.
+    /// The next line, valid only until the next call (copy what must outlive it); false at the
+    /// end of the file, on a read error or at a line too long for a text file.
     bool next(std::string_view& line);
 
     /// Starts again from the first line.
@@ -33,16 +39,14 @@ public:
     /// Number of the line last returned, from 1.
     std::int64_t lineNumber() const noexcept { return lineNumber_; }
 
-    /// True when a line read so far held a NUL byte: the file is binary, not text.
-    bool sawNulByte() const noexcept { return sawNul_; }
+    /// True when a line read so far held a NUL byte or ran on for kMaxTextLineBytes without an
+    /// end of line: the file is binary, not text.
+    bool notText() const noexcept { return notText_; }
 
 private:
     bool refill();
 
-    struct FileCloser {
-        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-    };
-    std::unique_ptr<std::FILE, FileCloser> file_;
+    FilePointer file_;
     std::size_t maxLineLength_;
     std::vector<char> buffer_;
     std::size_t begin_ = 0;
@@ -50,7 +54,7 @@ private:
     bool endOfFile_ = false;
     std::string longLine_; // a line that straddles two buffer fills
     std::int64_t lineNumber_ = 0;
-    bool sawNul_ = false;
+    bool notText_ = false;
 };
 
 } // namespace quarvex

@@ -1,5 +1,9 @@
 #include "common/WorkingFolders.h"
 
+#include "common/QuarvexError.h"
+
+#include <string>
+
 namespace quarvex {
 
 std::filesystem::path executableFolder() {
@@ -30,6 +34,20 @@ void SET_UP_FOLDERS(const std::filesystem::path& home) {
         if (!std::filesystem::is_directory(folder, error)) {
             std::filesystem::create_directory(folder, error); // failures stay silent
         }
+    }
+}
+
+void requireFolder(const std::filesystem::path& folder, std::string_view title) {
+    std::error_code error;
+    if (std::filesystem::is_directory(folder, error)) {
+        return;
+    }
+    std::filesystem::create_directories(folder, error);
+    if (error || !std::filesystem::is_directory(folder, error)) {
+        throw QuarvexError("The folder " + folder.string() + " cannot be created" +
+                               (error ? ": " + error.message() : std::string()) +
+                               ". Choose a home folder where the program may write.",
+                           std::string(title));
     }
 }
 

@@ -27,4 +27,8 @@ std::filesystem::path xrayLibraryFolder(const std::filesystem::path& home);
 /// Creates the working folders that are missing; a folder that cannot be created is ignored.
 void SET_UP_FOLDERS(const std::filesystem::path& home);
 
+/// Creates `folder` (and its parents) when missing. Throws QuarvexError (with `title`) saying
+/// that the folder cannot be created, where, and the system's reason.
+void requireFolder(const std::filesystem::path& folder, std::string_view title);
+
 } // namespace quarvex

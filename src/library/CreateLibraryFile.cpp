@@ -2,6 +2,7 @@
 
 #include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
+#include "common/StagedFiles.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
 #include "processing/InterpAndNorm.h"
@@ -86,53 +87,35 @@ std::vector<std::string> sortedFileNames(const std::filesystem::path& folder) {
     return names;
 }
 
-// The four library files under temporary names until commit().
+// The four library files under temporary names until commit(), which puts them in place
+// together: a search never reads files of two compilations.
 class LibraryFiles {
 public:
-    explicit LibraryFiles(const std::filesystem::path& folder)
-        : slow_(folder / kSlowLibraryFile), fast_(folder / kFastLibraryFile),
-          nameList_(folder / kNameListFile), nameInfo_(folder / kNameInfoFile) {
-        if (!slow_.isOpen() || !fast_.isOpen() || !nameList_.isOpen() || !nameInfo_.isOpen()) {
-            throwWriteError();
-        }
-    }
+    LibraryFiles(const std::filesystem::path& folder, const CommitStepHook& beforeStep)
+        : files_(folder / kLibraryJournalFile, std::string(kLibraryErrorTitle), beforeStep),
+          slow_(files_.add(folder / kSlowLibraryFile)),
+          fast_(files_.add(folder / kFastLibraryFile)),
+          nameList_(files_.add(folder / kNameListFile)),
+          nameInfo_(files_.add(folder / kNameInfoFile)) {}
 
-    SearchFileStreams entryStreams() {
-        return {slow_.stream(), fast_.stream(), nameInfo_.stream()};
-    }
-    std::ostream& nameList() { return nameList_.stream(); }
+    SearchFileStreams entryStreams() { return {slow_, fast_, nameInfo_}; }
+    std::ostream& nameList() { return nameList_; }
 
-    // The Slow file goes away first and comes back last: should the renames be cut short, the
-    // search finds it missing and compiles again instead of reading files out of step.
-    void commit() {
-        for (AtomicFile* file : {&slow_, &fast_, &nameList_, &nameInfo_}) {
-            if (!file->stream().flush()) {
-                throwWriteError();
-            }
-        }
-        std::error_code ignored;
-        std::filesystem::remove(slow_.destination(), ignored);
-        for (AtomicFile* file : {&fast_, &nameList_, &nameInfo_, &slow_}) {
-            if (!file->commit()) {
-                throwWriteError();
-            }
-        }
-    }
+    void commit() { files_.commitAll(); }
 
 private:
-    [[noreturn]] void throwWriteError() const {
-        throw QuarvexError("The Raman library files cannot be written in " +
-                               slow_.destination().parent_path().string(),
-                           std::string(kLibraryErrorTitle));
-    }
-
-    AtomicFile slow_;
-    AtomicFile fast_;
-    AtomicFile nameList_;
-    AtomicFile nameInfo_;
+    StagedFiles files_;
+    std::ostream& slow_;
+    std::ostream& fast_;
+    std::ostream& nameList_;
+    std::ostream& nameInfo_;
 };
 
 } // namespace
+
+void finishInterruptedCompilation(const std::filesystem::path& libraryFolder) {
+    finishInterruptedCommit(libraryFolder / kLibraryJournalFile, std::string(kLibraryErrorTitle));
+}
 
 bool isNotASpectrumFile(std::string_view fileName) {
     return fileName.starts_with(kLibraryFilePrefix) || fileName.starts_with(kConsistencyFilePrefix);
@@ -149,19 +132,21 @@ AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
         return AppendOutcome::Skipped;
     }
     SpectrumRecord spectrum;
+    InterpData fine;
+    InterpData coarse;
     try {
         // The spectrum reader puts the points in ascending x and merges duplicate x.
         spectrum = FILL_IN_SPECDATA_ARRAYS(folder / fileName, 0);
+        if (spectrum.x.empty()) {
+            reason = "no data lines";
+            return AppendOutcome::Skipped;
+        }
+        fine = resampleSpectrum(spectrum.x, spectrum.y, kFineStep, true);
+        coarse = resampleSpectrum(spectrum.x, spectrum.y, kCoarseStep, true);
     } catch (const QuarvexError& error) {
         reason = error.text();
         return AppendOutcome::Skipped;
     }
-    if (spectrum.x.empty()) {
-        reason = "no data lines";
-        return AppendOutcome::Skipped;
-    }
-    const InterpData fine = resampleSpectrum(spectrum.x, spectrum.y, kFineStep, true);
-    const InterpData coarse = resampleSpectrum(spectrum.x, spectrum.y, kCoarseStep, true);
     // Normalising an all-zero grid divides by zero: such an entry could never be matched.
     if (!hasFiniteValues(fine) || !hasFiniteValues(coarse)) {
         reason = "no intensity on the resampling grid (fewer than two points, or all zero)";
@@ -188,13 +173,17 @@ AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
 }
 
 LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
-                                     const ProgressCallback& progress) {
+                                     const ProgressCallback& progress,
+                                     const CommitStepHook& beforeStep) {
     LibraryCompilation result;
     result.folder = ramanLibraryFolder(home);
     SET_UP_FOLDERS(home);
+    requireFolder(result.folder, kLibraryErrorTitle);
+    finishInterruptedCompilation(result.folder);
+    removeStaleTemporaryFiles(result.folder);
     reportProgress(progress, kCompilingStatus, 0.0);
     const std::vector<std::string> names = sortedFileNames(result.folder);
-    LibraryFiles files(result.folder);
+    LibraryFiles files(result.folder, beforeStep);
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string& name = names[i];
         if (name.starts_with(kLibraryFilePrefix)) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/Progress.h"
+#include "common/StagedFiles.h"
 
 #include <filesystem>
 #include <ostream>
@@ -16,6 +17,8 @@ inline constexpr std::string_view kSlowLibraryFile = "RamanSearchFileSlow.rsf";
 inline constexpr std::string_view kFastLibraryFile = "RamanSearchFileFast.rsf";
 inline constexpr std::string_view kNameListFile = "RamanSearchNameList.rsf";
 inline constexpr std::string_view kNameInfoFile = "RamanSearchNameInfo.rsf";
+/// The journal of a compilation putting its four files in place (see StagedFiles).
+inline constexpr std::string_view kLibraryJournalFile = "RamanSearchFiles.quarvex-journal";
 
 /// Files whose names begin with this are the library's own files, never reference spectra.
 inline constexpr std::string_view kLibraryFilePrefix = "RamanSearch";
@@ -54,11 +57,18 @@ struct LibraryCompilation {
 /// appends its entry to the other three files. A file that cannot be read as a spectrum or has
 /// nothing to put on the grid is skipped in all four files alike and reported. The four files
 /// are written under temporary names and put in place only after the whole pass, so a failed or
-/// interrupted compilation leaves the previous library whole. Progress: "Compiling Library...".
-/// Throws QuarvexError (title "Raman Library") when the folder cannot be listed or the files
-/// cannot be written.
+/// interrupted compilation leaves the previous library whole (after a kill, the four files are
+/// all old or, once finishInterruptedCompilation ran, all new). It first removes the temporary
+/// files of killed compilations. Progress: "Compiling Library...". Throws QuarvexError (title
+/// "Raman Library") when the folder cannot be created or listed or the files cannot be
+/// written. `beforeStep` is for tests (see StagedFiles).
 LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
-                                     const ProgressCallback& progress = {});
+                                     const ProgressCallback& progress = {},
+                                     const CommitStepHook& beforeStep = {});
+
+/// Completes the putting in place of the library files that a killed compilation cut short;
+/// every reader of the library calls it first.
+void finishInterruptedCompilation(const std::filesystem::path& libraryFolder);
 
 /// The three files an entry is appended to (the caller writes the name-list line).
 struct SearchFileStreams {

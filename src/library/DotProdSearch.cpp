@@ -61,8 +61,9 @@ bool isCandidate(const std::vector<std::string_view>& candidates, std::string_vi
 // `candidates`, only the entries of those names, the others are read past.
 void scorePass(const std::filesystem::path& path, const InterpData& unknown,
                std::vector<double>& scores, const std::vector<std::string_view>* candidates,
-               const ProgressCallback& progress, double progressFrom, double progressTo) {
-    LibraryFileReader file(path);
+               const ProgressCallback& progress, double progressFrom, double progressTo,
+               std::size_t bufferSize) {
+    LibraryFileReader file(path, bufferSize);
     if (!file.isOpen()) {
         throwNeedsCompiling();
     }
@@ -91,9 +92,10 @@ void scorePass(const std::filesystem::path& path, const InterpData& unknown,
 
 // The names of the name list, then five lines of name information per entry (identifier and
 // names read free-format, the other three as whole lines).
-LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder) {
-    LineReader nameList(folder / kNameListFile, kNameListWidth);
-    LineReader nameInfo(folder / kNameInfoFile, kNameInfoWidth);
+LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::size_t bufferSize) {
+    finishInterruptedCompilation(folder);
+    LineReader nameList(folder / kNameListFile, kNameListWidth, bufferSize);
+    LineReader nameInfo(folder / kNameInfoFile, kNameInfoWidth, bufferSize);
     if (!nameList.isOpen() || !nameInfo.isOpen()) {
         throwNeedsCompiling();
     }
@@ -108,17 +110,18 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder) {
         field->resize(entries);
     }
     for (std::size_t k = 0; k < entries; ++k) {
-        std::array<std::string_view, kNameInfoLines> lines{};
-        for (std::string_view& value : lines) {
-            if (!nameInfo.next(value)) {
-                value = {}; // a short file leaves the remaining descriptions blank
-            }
+        // Copies: a line read is valid only until the next one is read.
+        std::array<std::string, kNameInfoLines> lines{};
+        for (std::string& value : lines) {
+            if (nameInfo.next(line)) {
+                value = line;
+            } // else a short file leaves the remaining descriptions blank
         }
         library.MIGRELT_ID[k] = firstValue(lines[0]);
         library.MINAMES[k] = firstValue(lines[1]);
         library.LOCALITIES[k] = trimmed(lines[2]);
         library.CHEMISTRIES[k] = trimmed(lines[3]);
-        library.MI_WAVE[k] = trimmed(lines[4].substr(0, kWaveCodeWidth));
+        library.MI_WAVE[k] = trimmed(std::string_view(lines[4]).substr(0, kWaveCodeWidth));
     }
     library.PERC_MATCH.assign(entries, 0.0);
     return library;
@@ -186,19 +189,20 @@ void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
 
 void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const float> x,
                   std::span<const float> y, LIBRARY_GLOBALS& library,
-                  const ProgressCallback& progress) {
+                  const ProgressCallback& progress, std::size_t bufferSize) {
     if (x.empty() || y.empty()) {
         throwSearchError("The selected area holds no data points to search with.");
     }
     const InterpData coarseUnknown = unknownOnGrid(x, y, kCoarseStep);
     const InterpData fineUnknown = unknownOnGrid(x, y, kFineStep);
+    finishInterruptedCompilation(libraryFolder);
     for (std::string_view file : {kSlowLibraryFile, kFastLibraryFile}) {
         std::error_code error;
         if (!std::filesystem::is_regular_file(libraryFolder / file, error)) {
             throwNeedsCompiling();
         }
     }
-    LIBRARY_GLOBALS result = loadLibraryEntries(libraryFolder);
+    LIBRARY_GLOBALS result = loadLibraryEntries(libraryFolder, bufferSize);
     if (result.count() == 0) {
         throwSearchError("The Raman library in " + libraryFolder.string() +
                          " is empty: add reference spectrum files to it and compile it.");
@@ -206,7 +210,7 @@ void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const fl
     reportProgress(progress, kSearchingStatus, 0.0);
 
     scorePass(libraryFolder / kFastLibraryFile, coarseUnknown, result.PERC_MATCH, nullptr, progress,
-              0.0, kCoarseShare);
+              0.0, kCoarseShare, bufferSize);
     SORT_PERCENTS(result);
 
     const std::size_t candidateCount =
@@ -217,7 +221,7 @@ void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const fl
             result.MI_FILENAMES[static_cast<std::size_t>(result.MI_SORTINDEXPERCENTS[r])]);
     }
     scorePass(libraryFolder / kSlowLibraryFile, fineUnknown, result.PERC_MATCH, &candidates,
-              progress, kCoarseShare, 1.0);
+              progress, kCoarseShare, 1.0, bufferSize);
     SORT_PERCENTS(result);
 
     library = std::move(result);
@@ -236,9 +240,12 @@ std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& hom
 std::optional<LibraryCompilation> compileLibraryWhenMissing(const std::filesystem::path& home,
                                                             const ProgressCallback& progress) {
     std::error_code error;
+    finishInterruptedCompilation(ramanLibraryFolder(home));
     if (std::filesystem::exists(ramanLibraryFolder(home) / kSlowLibraryFile, error)) {
         return std::nullopt;
     }
+    // A home folder where nothing can be created is the cause to name, not the missing library.
+    requireFolder(ramanLibraryFolder(home), kLibraryErrorTitle);
     try {
         return CREATE_SEARCH_LIB(home, progress);
     } catch (const QuarvexError&) {

@@ -1,8 +1,10 @@
 // The two-pass dot-product search of an unknown Raman spectrum against the compiled library.
 #pragma once
 
+#include "common/LineReader.h"
 #include "common/Progress.h"
 #include "library/CreateLibraryFile.h"
+#include "library/LibraryFileReader.h"
 #include "library/LibraryGlobals.h"
 #include "processing/InterpAndNorm.h"
 
@@ -12,8 +14,6 @@
 #include <string_view>
 
 namespace quarvex {
-
-class LibraryFileReader;
 
 /// Status text of a search.
 inline constexpr std::string_view kSearchingStatus = "Searching Selected Area...";
@@ -35,7 +35,9 @@ double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NI
 
 /// The entry descriptions of the compiled library in `folder` (one entry per name-list line),
 /// every score 0. Throws "Library File Needs To Be Compiled" when its files are missing.
-LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder);
+/// `bufferSize` is the read buffer of each file (small in tests).
+LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder,
+                                   std::size_t bufferSize = LineReader::kDefaultBufferSize);
 
 /// Orders MI_SORTINDEXPERCENTS (and MI_SORTINDEX) by PERC_MATCH: best first, equal scores in
 /// library order, a score that is not a number last.
@@ -48,10 +50,12 @@ void SORT_PERCENTS(LIBRARY_GLOBALS& library);
 /// sequentially, holding only the unknown in memory. Progress: "Searching Selected Area...".
 /// Throws QuarvexError, leaving `library` as it was: "Library File Needs To Be Compiled" when a
 /// library file is missing; a message when the library is empty or the unknown has no points or
-/// no intensity in the selected area (title "Raman Library").
+/// no intensity in the selected area (title "Raman Library"). `bufferSize` is the read buffer
+/// of each library file (small in tests and fuzzing).
 void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const float> x,
                   std::span<const float> y, LIBRARY_GLOBALS& library,
-                  const ProgressCallback& progress = {});
+                  const ProgressCallback& progress = {},
+                  std::size_t bufferSize = LibraryFileReader::kDefaultBufferSize);
 
 /// A search as the user starts it: when "RamanSearchFileSlow.rsf" is missing the library of
 /// `home` is compiled first (returned), then READ_LIBRARY. A failed compilation ends in

@@ -69,13 +69,10 @@ bool readPlainNumber(const char*& position, const char* end, float& value,
 
 } // namespace
 
-LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::size_t bufferSize) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        return;
-    }
-    file_.reset(std::fopen(path.c_str(), "rb"));
+LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::size_t bufferSize)
+    : file_(openReadableFile(path)) {
     if (file_) {
+        std::error_code error;
         std::setvbuf(file_.get(), nullptr, _IONBF, 0); // our buffer is the only one
         buffer_.resize(std::max(bufferSize, kSmallestBuffer));
         const auto size = std::filesystem::file_size(path, error);
@@ -102,7 +99,8 @@ bool LibraryFileReader::fill() {
     return got > 0;
 }
 
-std::string_view LibraryFileReader::emit(const char* start, std::size_t length, std::size_t width) {
+std::string_view LibraryFileReader::lineOf(const char* start, std::size_t length,
+                                           std::size_t width) {
     if (length > 0 && start[length - 1] == '\r') {
         --length;
     }
@@ -121,7 +119,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         if (const auto* newline = static_cast<const char*>(std::memchr(start, '\n', available))) {
             const auto length = static_cast<std::size_t>(newline - start);
             begin_ += length + 1;
-            line = emit(start, length, width);
+            line = lineOf(start, length, width);
             return true;
         }
         if (fill()) {
@@ -132,7 +130,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         }
         if (endOfFile_) { // the last line has no end of line
             begin_ = end_;
-            line = emit(buffer_.data(), end_, width);
+            line = lineOf(buffer_.data(), end_, width);
             return true;
         }
         // A line longer than the whole buffer: gather what the line buffer holds (and one more
@@ -151,7 +149,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
                 break;
             }
         }
-        line = emit(overlong_.data(), overlong_.size(), width);
+        line = lineOf(overlong_.data(), overlong_.size(), width);
         return true;
     }
 }

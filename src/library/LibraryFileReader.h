@@ -2,9 +2,9 @@
 // skipping to the next entry, and the reading of one "x y" data line.
 #pragma once
 
-#include <cstdio>
+#include "common/ReadableFile.h"
+
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +22,8 @@ public:
     /// Size of the read buffer unless told otherwise.
     static constexpr std::size_t kDefaultBufferSize = std::size_t{4} << 20;
 
-    /// Opens `path` for reading through a buffer of `bufferSize` bytes (at least 4).
+    /// Opens `path` for reading through a buffer of `bufferSize` bytes (at least 4); throws
+    /// QuarvexError for a device, a pipe or a socket (see openReadableFile).
     explicit LibraryFileReader(const std::filesystem::path& path,
                                std::size_t bufferSize = kDefaultBufferSize);
 
@@ -53,12 +54,9 @@ public:
 
 private:
     bool fill();
-    std::string_view emit(const char* start, std::size_t length, std::size_t width);
+    std::string_view lineOf(const char* start, std::size_t length, std::size_t width);
 
-    struct FileCloser {
-        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-    };
-    std::unique_ptr<std::FILE, FileCloser> file_;
+    FilePointer file_;
     std::vector<char> buffer_;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;

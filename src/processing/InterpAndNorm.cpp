@@ -1,5 +1,8 @@
 #include "processing/InterpAndNorm.h"
 
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -120,7 +123,13 @@ void NORMALIZE_INT_DATA(InterpData& INTERP_DATA, int NINT) {
 InterpData resampleSpectrum(std::span<const float> x, std::span<const float> y, float step,
                             bool normalize) {
     const std::size_t points = std::min(x.size(), y.size());
-    InterpData data(points == 0 ? 0 : gridCapacity(x.front(), x[points - 1], step));
+    const int rows = points == 0 ? 0 : gridCapacity(x.front(), x[points - 1], step);
+    if (rows > kMaxResampleRows) {
+        throw QuarvexError("x range too wide to resample: " + shortestText(x.front()) + " to " +
+                               shortestText(x[points - 1]) + " at step " + shortestText(step),
+                           "Error");
+    }
+    InterpData data(rows);
     int NINT = data.capacity();
     FILL_INT_DATA(x, y, data, NINT, step);
     if (normalize) {

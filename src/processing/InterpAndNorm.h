@@ -41,8 +41,13 @@ void FILL_INT_DATA(std::span<const float> x, std::span<const float> y, InterpDat
 /// root in single precision). All-zero values give NaN: callers test for it.
 void NORMALIZE_INT_DATA(InterpData& INTERP_DATA, int NINT);
 
+/// The most grid rows resampleSpectrum builds: far more than any measured spectrum needs (two
+/// million rows is 2 cm-1 to 2,000,000 cm-1 at step 1), far fewer than a stray x near 2^24 asks.
+inline constexpr int kMaxResampleRows = 1 << 21;
+
 /// A spectrum on the grid: FILL_INT_DATA into a table of the needed capacity, optionally
-/// NORMALIZE_INT_DATA, cut to the NINT rows filled.
+/// NORMALIZE_INT_DATA, cut to the NINT rows filled. Throws QuarvexError ("x range too wide to
+/// resample: LO to HI at step S") when the grid would need more than kMaxResampleRows rows.
 InterpData resampleSpectrum(std::span<const float> x, std::span<const float> y, float step,
                             bool normalize);
 

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
+#include <set>
 #include <utility>
 
 namespace quarvex {
@@ -27,9 +28,38 @@ struct Candidate {
     float prominence = 0.0F;
 };
 
+// For every point, its base on one side: the lowest point between it and the nearest higher
+// point on that side (or the end), the point itself when none is lower, ties to the nearest.
+// One pass with a stack of ever higher points, each carrying the lowest point of the stretch it
+// closes, keeps this linear; walking out from every top is quadratic on many equal tops.
+std::vector<std::size_t> basesTowards(std::span<const float> s, bool leftwards) {
+    struct Closed {
+        std::size_t point;
+        std::size_t lowest; // lowest point between the previous stack entry and `point`
+    };
+    const std::size_t n = s.size();
+    std::vector<std::size_t> bases(n);
+    std::vector<Closed> stack;
+    for (std::size_t t = 0; t < n; ++t) {
+        const std::size_t p = leftwards ? t : n - 1 - t;
+        std::size_t lowest = p;
+        while (!stack.empty() && s[stack.back().point] <= s[p]) {
+            if (s[stack.back().lowest] < s[lowest]) {
+                lowest = stack.back().lowest;
+            }
+            stack.pop_back();
+        }
+        bases[p] = lowest;
+        stack.push_back({p, lowest});
+    }
+    return bases;
+}
+
 std::vector<Candidate> localMaxima(std::span<const float> s) {
     std::vector<Candidate> maxima;
     const std::size_t n = s.size();
+    const std::vector<std::size_t> leftBases = basesTowards(s, true);
+    const std::vector<std::size_t> rightBases = basesTowards(s, false);
     std::size_t i = 1;
     while (i + 1 < n) {
         if (!(s[i] > s[i - 1])) {
@@ -43,19 +73,8 @@ std::vector<Candidate> localMaxima(std::span<const float> s) {
         if (end + 1 < n && s[end + 1] < s[i]) {
             Candidate c;
             c.top = (i + end) / 2;
-            // The bases: walk out until a higher point (or the end), keeping the lowest.
-            c.leftBase = i;
-            for (std::size_t j = i; j-- > 0 && s[j] <= s[i];) {
-                if (s[j] < s[c.leftBase]) {
-                    c.leftBase = j;
-                }
-            }
-            c.rightBase = end;
-            for (std::size_t j = end + 1; j < n && s[j] <= s[i]; ++j) {
-                if (s[j] < s[c.rightBase]) {
-                    c.rightBase = j;
-                }
-            }
+            c.leftBase = leftBases[i];
+            c.rightBase = rightBases[end];
             c.prominence = s[i] - std::max(s[c.leftBase], s[c.rightBase]);
             maxima.push_back(c);
         }
@@ -172,14 +191,18 @@ PeakSearchResult findPeaks(std::span<const float> x, std::span<const float> y,
     std::stable_sort(
         candidates.begin(), candidates.end(),
         [](const Candidate& a, const Candidate& b) { return a.prominence > b.prominence; });
+    // A candidate is far enough from every kept top when it is from the nearest on each side.
     std::vector<Candidate> kept;
+    std::set<std::size_t> keptTops;
+    const auto farEnough = [&](std::size_t a, std::size_t b) {
+        return std::labs(static_cast<long>(a) - static_cast<long>(b)) >= settings.minSeparation;
+    };
     for (const Candidate& c : candidates) {
-        const bool farEnough = std::all_of(kept.begin(), kept.end(), [&](const Candidate& k) {
-            const long distance = std::labs(static_cast<long>(k.top) - static_cast<long>(c.top));
-            return distance >= settings.minSeparation;
-        });
-        if (farEnough) {
+        const auto above = keptTops.lower_bound(c.top);
+        if ((above == keptTops.end() || farEnough(*above, c.top)) &&
+            (above == keptTops.begin() || farEnough(*std::prev(above), c.top))) {
             kept.push_back(c);
+            keptTops.insert(c.top);
         }
     }
     const float low = std::min(xLow, xHigh);

@@ -113,7 +113,7 @@ void scanLines(LineReader& reader, const std::filesystem::path& path, FileHeader
             onOther(line, reader.lineNumber());
         }
     }
-    if (reader.sawNulByte()) {
+    if (reader.notText()) {
         throwDataError(path, "not a text file (it holds binary data)");
     }
 }

@@ -77,7 +77,7 @@ private:
     void readWavelengthLine(std::string_view key);
     void checkStrayTableLine(std::string_view line);
     void requireText() const {
-        if (reader_.sawNulByte()) {
+        if (reader_.notText()) {
             throw QuarvexError(path_.string() + ": not a text file (it holds binary data)",
                                std::string(kDiffFileErrorTitle));
         }

@@ -194,6 +194,17 @@ bool REFINEMAIN(const std::filesystem::path& inputPath, INOUTPARMS& io, DATASTFF
     // The run fills its own blocks and hands them over only when it produced results.
     INOUTPARMS runIo;
     DATASTFF runData;
+    // A folder, device or pipe is refused before its report is created: nothing is written.
+    std::error_code error;
+    const auto status = std::filesystem::status(inputPath, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        io.ok = false;
+        io.message =
+            inputPath.string() +
+            (std::filesystem::is_directory(status) ? " is a folder" : " is not a regular file") +
+            ", not a refinement input file.";
+        return false;
+    }
     runIo.reportPath = refineReportPath(inputPath);
     io.reportPath = runIo.reportPath;
     AtomicFile file(runIo.reportPath);

@@ -21,6 +21,8 @@ namespace quarvex {
 /// refined results were produced. False when the run ended with a message: the report holds the
 /// message (unless the report itself could not be written) and `io.message` repeats it; then only
 /// `io.ok`, `io.message` and `io.reportPath` change, and the previous results stay as they were.
+/// An input that exists but is not a regular file (a folder, a pipe) is refused before anything
+/// is written.
 bool REFINEMAIN(const std::filesystem::path& inputPath, INOUTPARMS& io, DATASTFF& data);
 
 /// The report's path for an input file: its folder, base name + "Refine.out"

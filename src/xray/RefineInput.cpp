@@ -53,7 +53,7 @@ private:
     }
     bool lineError(const std::string& text) {
         return fail(" Input error, line " + std::to_string(reader_.lineNumber()) + ": " +
-                    (reader_.sawNulByte() ? std::string("the file is not a text file.") : text));
+                    (reader_.notText() ? std::string("the file is not a text file.") : text));
     }
     bool nextLine(std::string_view what) {
         if (READLN(reader_, line_)) {
@@ -63,7 +63,7 @@ private:
     }
     bool endOfFile(const std::string& text) {
         return fail(" Input error: " +
-                    (reader_.sawNulByte() ? std::string("the file is not a text file.") : text));
+                    (reader_.notText() ? std::string("the file is not a text file.") : text));
     }
 
     bool readSystem();

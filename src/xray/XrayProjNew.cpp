@@ -2,8 +2,8 @@
 #include "xray/XrayProjNew.h"
 
 #include "common/QuarvexError.h"
+#include "common/StagedFiles.h"
 #include "common/TextUtils.h"
-#include "xray/StagedFiles.h"
 #include "xray/XrayMessages.h"
 #include "xray/XrayProjSave.h"
 
@@ -54,7 +54,7 @@ void CREATEXRAYPROJFILES(const std::filesystem::path& mainFile, const XrayProjec
     XrayPhase first;
     first.name = "Phase1";
     const XrayPhase& phase = project.phases.empty() ? first : project.phases.front();
-    StagedFiles files{std::string(kXrayProjectTitle)};
+    StagedFiles files{projectJournalPath(mainFile), std::string(kXrayProjectTitle)};
     writePatternFile(files.add(patternFilePath(mainFile)), project.pattern);
     WRITEPHASEPEAK(files.add(newPhaseFilePath(mainFile, 1, PhaseFile::Peak)), phase.peaks);
     WRITEPHASEINFO(files.add(newPhaseFilePath(mainFile, 1, PhaseFile::Info)), phase);

@@ -5,6 +5,7 @@
 #include "common/LineReader.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
+#include "common/StagedFiles.h"
 #include "common/TextUtils.h"
 #include "xray/XrayMessages.h"
 
@@ -37,13 +38,11 @@ public:
 
     /// The next line into `line`; false at the end of the file.
     bool more(std::string_view& line) {
-        if (!reader_.next(line)) {
-            return false;
-        }
-        if (reader_.sawNulByte()) {
+        const bool read = reader_.next(line);
+        if (reader_.notText()) {
             fail("not a text file");
         }
-        return true;
+        return read;
     }
 
     /// The next line; `what` names it when the file has ended.
@@ -285,6 +284,8 @@ int readMain(const std::filesystem::path& mainFile, XrayProject& project, bool& 
 } // namespace
 
 XrayProject readXrayProject(const std::filesystem::path& mainFile) {
+    // A save killed while it put its files in place is completed first: never a mix of two.
+    finishInterruptedCommit(projectJournalPath(mainFile), std::string(kXrayProjectTitle));
     XrayProject project;
     bool saved = false;
     const int phases = readMain(mainFile, project, saved);

@@ -2,9 +2,9 @@
 // shortest text of each number (so that every value reads back exactly).
 #include "xray/XrayProjSave.h"
 
+#include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
-#include "xray/StagedFiles.h"
 #include "xray/XrayMessages.h"
 
 #include <ostream>
@@ -117,12 +117,17 @@ void WRITEPHASEINPUT(std::ostream& out, const XrayPhase& phase) {
         << xproj::kUseIints << digit(phase.USEIINTS) << '\n';
 }
 
-void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& project) {
-    StagedFiles files{std::string(kXrayProjectTitle)};
+void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& project,
+                  const CommitStepHook& beforeStep) {
+    const std::string title(kXrayProjectTitle);
+    finishInterruptedCommit(projectJournalPath(mainFile), title);
+    removeStaleTemporaryFiles(mainFile.parent_path().empty() ? "." : mainFile.parent_path());
+    StagedFiles files{projectJournalPath(mainFile), title, beforeStep};
     for (std::size_t p = 0; p < project.phases.size(); ++p) {
         const int number = static_cast<int>(p) + 1;
         const XrayPhase& phase = project.phases[p];
         makeFolder(phaseFolder(mainFile, number));
+        removeStaleTemporaryFiles(phaseFolder(mainFile, number));
         WRITEPHASEINFO(files.add(phaseFilePath(mainFile, number, PhaseFile::Info)), phase);
         WRITEPHASEPEAK(files.add(phaseFilePath(mainFile, number, PhaseFile::Peak)), phase.peaks);
         WRITEPHASEREF(files.add(phaseFilePath(mainFile, number, PhaseFile::Ref)), phase);

@@ -2,6 +2,7 @@
 // and input files (XRAYPROJSAVE and its writers).
 #pragma once
 
+#include "common/StagedFiles.h"
 #include "xray/XrayProject.h"
 
 #include <filesystem>
@@ -29,11 +30,14 @@ void WRITEPHASEREF(std::ostream& out, const XrayPhase& phase);
 void WRITEPHASEINPUT(std::ostream& out, const XrayPhase& phase);
 
 /// XRAYPROJSAVE: writes the main file `mainFile` and the four files of every phase (folders
-/// "Phase" + number beside it, made when missing). Every file is written to a temporary name
-/// first and renamed only when all were written, so a failed save leaves the previous project
-/// whole. The names a new project gave its first phase's files ("phase1.peak", "phase1.info")
-/// are removed once their saved successors are in place. The pattern file is not rewritten.
-/// Throws QuarvexError (title "X-ray Project") when a folder or file cannot be written.
-void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& project);
+/// "Phase" + number beside it, made when missing). The files are written all or nothing
+/// (StagedFiles, journal projectJournalPath): a failed save leaves the previous project whole,
+/// a killed one is either not there or completed by the next read or save. The save first
+/// completes an interrupted save and removes the temporary files of killed ones. The names a new
+/// project gave its first phase's files ("phase1.peak", "phase1.info") are removed once their
+/// saved successors are in place. The pattern file is not rewritten. Throws QuarvexError (title
+/// "X-ray Project") when a folder or file cannot be written. `beforeStep` is for tests.
+void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& project,
+                  const CommitStepHook& beforeStep = {});
 
 } // namespace quarvex

@@ -38,6 +38,12 @@ std::filesystem::path patternFilePath(const std::filesystem::path& mainFile) {
     return pattern.replace_extension(kPatternExtension);
 }
 
+std::filesystem::path projectJournalPath(const std::filesystem::path& mainFile) {
+    std::filesystem::path journal = mainFile;
+    journal += ".quarvex-journal";
+    return journal;
+}
+
 std::filesystem::path projectFolderFile(const std::filesystem::path& given) {
     const std::string stem =
         given.extension() == kProjectExtension ? given.stem().string() : given.filename().string();

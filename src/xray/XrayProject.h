@@ -61,6 +61,10 @@ std::filesystem::path newPhaseFilePath(const std::filesystem::path& mainFile, in
 /// The pattern file: the main file's base name + ".spec", beside it.
 std::filesystem::path patternFilePath(const std::filesystem::path& mainFile);
 
+/// The journal of a save in progress: the main file's name + ".quarvex-journal", beside it. A
+/// save killed after writing it is completed by the next read or save of the project.
+std::filesystem::path projectJournalPath(const std::filesystem::path& mainFile);
+
 /// The main file of the project folder made for a path given at creation: work/q.xproj and
 /// work/q both give work/q/q.xproj.
 std::filesystem::path projectFolderFile(const std::filesystem::path& given);

@@ -186,10 +186,42 @@ TEST_F(SearchTest, BadLibrariesAndUnknowns) {
     std::filesystem::remove(folder() / kFastLibraryFile);
     EXPECT_EQ(messageOf(x, y), kNeedsCompilingText);
 
-    // Missing library whose compilation fails: the library folder is a file.
+    // A library folder that cannot be created (here a file is in its place; a read-only parent
+    // does the same): the message names the folder, not a library to compile.
     std::filesystem::remove_all(folder());
     std::ofstream(folder()) << "not a folder";
-    EXPECT_EQ(messageOf(x, y), kNeedsCompilingText);
+    EXPECT_NE(messageOf(x, y).find("The folder " + folder().string() + " cannot be created"),
+              std::string::npos);
+}
+
+// Entries whose description lines straddle the read buffer's refills keep their own text: the
+// descriptions are read through buffers far smaller than the files.
+TEST(LoadLibraryEntries, DescriptionsSurviveBufferRefills) {
+    test::TempFolder folder;
+    constexpr int kEntries = 40;
+    std::string names;
+    std::string info;
+    for (int k = 0; k < kEntries; ++k) {
+        const std::string n = std::to_string(k);
+        names += "Mineral" + n + ".txt\n";
+        info += "R" + n + "\nName" + n + "\nLocality of entry " + n + ", far away\nCa" + n +
+                "(SiO4)\n" + std::to_string(500 + k) + "\n";
+    }
+    folder.write(kNameListFile, names);
+    folder.write(kNameInfoFile, info);
+    for (const std::size_t bufferSize : {1U, 7U, 64U, 1000U}) {
+        const LIBRARY_GLOBALS library = loadLibraryEntries(folder.path(), bufferSize);
+        ASSERT_EQ(library.MI_FILENAMES.size(), std::size_t{kEntries}) << bufferSize;
+        for (std::size_t k = 0; k < kEntries; ++k) {
+            const std::string n = std::to_string(k);
+            ASSERT_EQ(library.MI_FILENAMES[k], "Mineral" + n + ".txt") << bufferSize;
+            ASSERT_EQ(library.MIGRELT_ID[k], "R" + n) << bufferSize;
+            ASSERT_EQ(library.MINAMES[k], "Name" + n) << bufferSize;
+            ASSERT_EQ(library.LOCALITIES[k], "Locality of entry " + n + ", far away") << bufferSize;
+            ASSERT_EQ(library.CHEMISTRIES[k], "Ca" + n + "(SiO4)") << bufferSize;
+            ASSERT_EQ(library.MI_WAVE[k], std::to_string(500 + k)) << bufferSize;
+        }
+    }
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Resampling grid rules, the interpolation's order of operations and the norm of 10.
 #include "processing/InterpAndNorm.h"
 
+#include "common/QuarvexError.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -87,6 +89,26 @@ TEST(FillIntData, UnusableInputGivesNoRows) {
         FILL_INT_DATA(c.x, c.x, data, NINT, c.step);
         EXPECT_EQ(NINT, 0) << c.what;
     }
+}
+
+// A stray x far away would ask for millions of rows: refused before anything is allocated,
+// while the widest grid allowed is still built.
+TEST(ResampleSpectrum, RefusesGridsNoSpectrumNeeds) {
+    const std::vector<float> y{1.0F, 2.0F, 3.0F};
+    const std::vector<float> stray{100.0F, 200.0F, 16777000.0F};
+    try {
+        resampleSpectrum(stray, y, 1.0F, true);
+        ADD_FAILURE() << "a 16-million-row grid was built";
+    } catch (const QuarvexError& error) {
+        EXPECT_EQ(error.text(), "x range too wide to resample: 100 to 16777000 at step 1");
+    }
+    EXPECT_THROW(resampleSpectrum(std::vector<float>{0.0F, 1.0F, 2.0F}, y, 1.0e-7F, false),
+                 QuarvexError);
+    // floor((last - first) / step) + 2 rows: exactly the cap for a range of cap - 2 steps.
+    const auto widest = static_cast<float>(kMaxResampleRows - 2);
+    const InterpData data =
+        resampleSpectrum(std::vector<float>{0.0F, widest / 2.0F, widest}, y, 1.0F, false);
+    EXPECT_EQ(data.capacity(), kMaxResampleRows - 2); // 0 ... widest - 1
 }
 
 TEST(NormalizeIntData, ScalesToNormTen) {

@@ -95,5 +95,45 @@ TEST(PeakSearch, FindsTheCalciteBandsOfAMeasuredSpectrum) {
     EXPECT_LE(found.peaks.size(), 8U);
 }
 
+// Bases found without walking out from every top: worked by hand on a small profile, and on
+// long runs of equal and of ever higher tops (where walking out is quadratic).
+TEST(PeakSearch, BasesOfEqualAndRisingTops) {
+    PeakSearchSettings settings;
+    settings.threshold = 0.0F; // every top with a prominence counts
+    settings.smoothingPoints = 1;
+    settings.minSeparation = 2;
+    const auto search = [&](const std::vector<float>& y) {
+        std::vector<float> x(y.size());
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            x[i] = static_cast<float>(i);
+        }
+        return findPeaks(x, y, settings, 0.0F, static_cast<float>(y.size())).peaks;
+    };
+    // Tops 3, 9, 5: base values (0, 1), (0, 0) and (2, 0); parabola vertices worked by hand.
+    const std::vector<FoundPeak> small = search({0, 3, 1, 9, 2, 5, 0});
+    ASSERT_EQ(small.size(), 3U);
+    const std::vector<FoundPeak> expected = {
+        {1.1F, 2.475F}, {3.0F + 1.0F / 30.0F, 9.0F + 1.0F / 120.0F}, {4.875F, 3.9375F}};
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+        EXPECT_NEAR(small[k].x, expected[k].x, 1e-5F) << k; // float rounding of a few operations
+        EXPECT_NEAR(small[k].height, expected[k].height, 1e-5F) << k;
+    }
+
+    constexpr int kTeeth = 100'000;
+    for (const bool rising : {false, true}) {
+        std::vector<float> y(2 * kTeeth + 1, 0.0F);
+        for (int m = 0; m < kTeeth; ++m) {
+            y[static_cast<std::size_t>(2 * m + 1)] = rising ? static_cast<float>(m + 1) : 5.0F;
+        }
+        const std::vector<FoundPeak> peaks = search(y);
+        ASSERT_EQ(peaks.size(), std::size_t{kTeeth}) << rising;
+        for (int m = 0; m < kTeeth; m += 997) {
+            const FoundPeak& peak = peaks[static_cast<std::size_t>(m)];
+            EXPECT_EQ(peak.x, static_cast<float>(2 * m + 1)) << rising;
+            EXPECT_EQ(peak.height, rising ? static_cast<float>(m + 1) : 5.0F) << rising;
+        }
+    }
+}
+
 } // namespace
 } // namespace quarvex

@@ -134,7 +134,8 @@ void RamanSearchTest::missingLibraryNeedsCompiling() {
     WindowFixture fixture;
     const std::filesystem::path library = ramanLibraryFolder(fixture.home.path());
     std::filesystem::remove_all(library);
-    fixture.home.write("SearchRecords/RamanLib", "a file where the library folder belongs");
+    // A compilation that cannot write its files: a folder where one of them belongs.
+    std::filesystem::create_directories(library / "RamanSearchFileFast.rsf");
     fixture.open({kCalcite});
     fixture.window->dispatch(ui::kCmdSearchLibrary);
     QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
@@ -142,6 +143,14 @@ void RamanSearchTest::missingLibraryNeedsCompiling() {
              QStringLiteral("Library File Needs To Be Compiled"));
     QCOMPARE(fixture.interaction->errors[0].title, QStringLiteral("Raman Library"));
     QCOMPARE(fixture.window->ramanSearch()->results()->topLevelItemCount(), 0);
+
+    // A library folder that cannot be created: the message names it.
+    std::filesystem::remove_all(library);
+    fixture.home.write("SearchRecords/RamanLib", "a file where the library folder belongs");
+    fixture.window->dispatch(ui::kCmdSearchLibrary);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{2});
+    QVERIFY(fixture.interaction->errors[1].text.startsWith(
+        QString::fromStdString("The folder " + library.string() + " cannot be created")));
 }
 
 // Open the file (1), open the mode (2), drag the range on the view (3), press Search (4), and

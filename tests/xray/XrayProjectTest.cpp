@@ -1,5 +1,6 @@
 // X-ray projects: new, save and read back reproduce every value bit for bit; a failed save
 // leaves the previous project whole; damaged projects are refused with the file and line.
+#include "CommitKill.h"
 #include "TestSupport.h"
 
 #include "common/QuarvexError.h"
@@ -164,7 +165,44 @@ TEST(XrayProject, AFailedSaveLeavesThePreviousProjectWhole) {
     ASSERT_EQ(back.phases.size(), 2U);
     expectSamePhase(back.phases[0], saved.phases[0]);
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
-        EXPECT_EQ(entry.path().string().find(".tmp"), std::string::npos) << entry.path();
+        EXPECT_EQ(entry.path().string().find(".quarvex-"), std::string::npos) << entry.path();
+    }
+}
+
+// Killed at each step of its commit (in a child process), a save leaves a project that reads
+// back entirely old or entirely new; the next save succeeds and leaves no temporary file.
+TEST(XrayProject, AKilledSaveIsOldOrNewNeverAMix) {
+    XrayProject old = testProject();
+    old.phases.resize(1);
+    old.phases[0].name = "old";
+    XrayProject next = testProject();
+    next.phases[0].name = "new";
+    next.phases[1].name = "new";
+    const auto stateOf = [](const XrayProject& project) {
+        std::string names;
+        for (const XrayPhase& phase : project.phases) {
+            names += phase.name + ";";
+        }
+        return names;
+    };
+    test::TempFolder saved;
+    XRAYPROJSAVE(XRAYPROJNEW(saved.path() / "q", old), old);
+    const int files = 4 * static_cast<int>(next.phases.size()) + 1;
+    for (int step = 0; step < 2 * files + 2; ++step) {
+        test::TempFolder folder;
+        std::filesystem::copy(saved.path(), folder.path(),
+                              std::filesystem::copy_options::recursive);
+        const auto mainFile = folder.path() / "q" / "q.xproj";
+        ASSERT_TRUE(test::killedAtCommitStep(step, [&](const CommitStepHook& hook) {
+            XRAYPROJSAVE(mainFile, next, hook);
+        })) << step;
+        EXPECT_EQ(stateOf(readXrayProject(mainFile)), step > files ? "new;new;" : "old;") << step;
+        XRAYPROJSAVE(mainFile, next);
+        EXPECT_EQ(stateOf(readXrayProject(mainFile)), "new;new;") << step;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+            const std::string name = entry.path().filename().string();
+            EXPECT_EQ(name.find(".quarvex-"), std::string::npos) << step << " " << entry.path();
+        }
     }
 }
 

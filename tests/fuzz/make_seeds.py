@@ -1,0 +1,70 @@
+#!/usr/bin/python3
+"""Writes raw seed inputs for the fuzz targets from the shipped data into SEEDS/<target>/.
+
+    tests/fuzz/make_seeds.py SEEDS [LIBRARY_FOLDER PROJECT_FOLDER]
+
+The committed corpora (tests/fuzz/corpus/<target>/) are these seeds minimised by libFuzzer
+(run.sh --merge). Spectra are cut to their header and first data lines: small seeds keep every
+run fast. LIBRARY_FOLDER (a compiled "SearchRecords/RamanLib") and PROJECT_FOLDER (a saved
+X-ray project) are optional sources for the library and project seeds.
+"""
+import pathlib
+import sys
+
+root = pathlib.Path(__file__).resolve().parents[2]
+seeds = pathlib.Path(sys.argv[1])
+separator = "\n%%FILE%%\n"
+
+
+def put(target, name, text):
+    folder = seeds / target
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / name).write_text(text)
+
+
+def head(path, lines):
+    return "".join(path.read_text().splitlines(keepends=True)[:lines])
+
+
+for path in sorted((root / "data/raman/examples").glob("*.txt")):
+    if not path.name.startswith("LICENSE"):
+        put("spectrum", path.stem, head(path, 80))
+for path in sorted((root / "data/raman/model_library").glob("*_M0000[1-5]_*.txt")):
+    put("spectrum", path.stem, head(path, 60))
+put("spectrum", "energy", "CAL_OFFSET=1.5\nCAL_SLOPE 0.01\nCAL_QUAD: 1e-6\n" +
+    "".join(f"{i} {i * i % 97}\n" for i in range(40)))
+put("spectrum", "two_theta", "TWO_THETA\n" + "".join(f"{20 + i * 0.02:.2f} {i % 13}\n" for i in range(50)))
+
+for path in sorted((root / "data/xray/reference").glob("*.out")):
+    put("diff_file", path.stem, path.read_text())
+for path in sorted((root / "examples").glob("*_refine.DAT")):
+    put("refine", path.stem, path.read_text())
+
+put("preferences", "defaults",
+    "1\n2\n1\n1\n1\n32\n5\n0.1\n1.540562\n100\n4000\n25\n5\n3\n0\n1\n")
+put("preferences", "free_form", "T, 1, F F T 16 3 0.25 1.54439 200 3000 10 7 2 T F\n")
+
+if len(sys.argv) > 3:
+    library = pathlib.Path(sys.argv[2])
+    names = ["RamanSearchFileSlow.rsf", "RamanSearchFileFast.rsf", "RamanSearchNameList.rsf",
+             "RamanSearchNameInfo.rsf"]
+    texts = [(library / name).read_text() for name in names]
+    # The first entries only, each cut to its name and first data lines: blocks begin with "==".
+    def first_entries(text, count):
+        blocks = text.split("==\n")
+        cut = ["".join(block.splitlines(keepends=True)[:40]) for block in blocks[1 : count + 1]]
+        return "==\n".join(blocks[:1] + cut)
+    put("library", "three_entries", separator.join(
+        [first_entries(texts[0], 3), first_entries(texts[1], 3),
+         "".join(texts[2].splitlines(keepends=True)[:3]),
+         "".join(texts[3].splitlines(keepends=True)[:15])]))
+    project = pathlib.Path(sys.argv[3])
+    main = next(project.glob("*.xproj"))
+    parts = [main.read_text(), head(main.with_suffix(".spec"), 60)]
+    for kind in ["info", "peak", "ref", "input"]:
+        path = project / "Phase1" / f"Phase1.{kind}"
+        parts.append(path.read_text() if path.exists() else "")
+    put("xray_project", "saved", separator.join(parts))
+    new_parts = parts[:2] + [(project / "Phase1" / "Phase1.info").read_text(),
+                             (project / "Phase1" / "Phase1.peak").read_text()]
+    put("xray_project", "new", separator.join(["<numxrays> 1\n"] + new_parts[1:]))
