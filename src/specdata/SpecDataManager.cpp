@@ -5,6 +5,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "specdata/PointOrder.h"
+#include "specdata/SpectrumFileWriter.h"
 
 #include <cmath>
 #include <string>
@@ -267,6 +268,7 @@ int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
         throw QuarvexError("No data points found in " + fileText(path),
                            std::string(kDataFileErrorTitle));
     }
+    record.comments = readCommentLines(path);
     mineralInfo = record.header;
     return appendSpectrum(specdata, std::move(record));
 }
