@@ -197,9 +197,21 @@ void MainWndProc::runCommand(int command) {
         showMode(fileManager_);
         fileManager_->selectSpectrum(target);
         break;
+    case kCmdUndo:
+    case kCmdRedo:
+    case kCmdSave:
+    case kCmdSaveAs:
+    case kCmdAutoRemoveBackground:
+    case kCmdAutoRemoveCre:
+    case kCmdTrimLeft:
+    case kCmdTrimRight:
+        runEditCommand(command);
+        break;
     default:
         if (isXrayButtonCommand(command)) {
             runXrayCommand(command);
+        } else if (command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast) {
+            runEditCommand(command);
         }
         break; // greyed commands never arrive here
     }
@@ -228,12 +240,14 @@ int MainWndProc::openFiles(const QStringList& paths) {
     for (const QString& path : paths) {
         try {
             quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString());
+            rememberRecentFile(recentFiles_, options_.home, path.toStdString());
             lastOpenedPath_ = path;
             ++added;
         } catch (const QuarvexError& error) {
             showError(error);
         }
     }
+    updateRecentFileItems();
     if (added > 0) {
         refreshAfterSpectrumChange();
         view_->ZOOM_OUT();

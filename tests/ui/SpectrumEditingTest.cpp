@@ -1,0 +1,122 @@
+// The editing commands of the main window, driven by command number as the menus do.
+#include "SpectrumEditingTest.h"
+
+#include "UiTestSupport.h"
+
+#include "specdata/SpectrumRecords.h"
+#include "ui/Commands.h"
+
+#include <QAction>
+#include <QTest>
+
+#include <cstring>
+
+namespace quarvex::test {
+
+namespace {
+
+bool sameBits(const std::vector<float>& a, const std::vector<float>& b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
+}
+
+bool sameSpectrum(const SpectrumRecord& a, const SpectrumRecord& b) {
+    return sameBits(a.x, b.x) && sameBits(a.y, b.y) && a.comments == b.comments;
+}
+
+} // namespace
+
+void SpectrumEditingTest::undoRestoresEveryEditBitForBitAndRedoReapplies() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    ui::MainWndProc& window = *fixture.window;
+    fixture.state.specdata.yColumn(0)[300] += 1.0e6F; // a cosmic ray
+    QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Greyed);
+
+    std::vector<SpectrumRecord> states{spectrumRecord(fixture.state.specdata, 0)};
+    for (const int command : {ui::kCmdAutoRemoveCre, ui::kCmdAutoRemoveBackground}) {
+        QCOMPARE(window.dispatch(command), ui::DispatchResult::Done);
+        states.push_back(spectrumRecord(fixture.state.specdata, 0));
+        QVERIFY(!sameBits(states.back().y, states[states.size() - 2].y));
+    }
+    QVERIFY(fixture.interaction->errors.empty());
+    QVERIFY(states[1].y[300] < 1.0e5F); // the spike is gone
+    QVERIFY(QString::fromStdString(states[2].comments.back()).startsWith("processing: background"));
+
+    for (int k = 1; k >= 0; --k) {
+        QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Done);
+        QVERIFY2(sameSpectrum(spectrumRecord(fixture.state.specdata, 0),
+                              states[static_cast<std::size_t>(k)]),
+                 "undo restores the state bit for bit");
+    }
+    QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Greyed);
+    QCOMPARE(window.dispatch(ui::kCmdRedo), ui::DispatchResult::Done);
+    QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), states[1]));
+    // A new edit ends redo.
+    QCOMPARE(window.dispatch(ui::kCmdAutoRemoveBackground), ui::DispatchResult::Done);
+    QCOMPARE(window.dispatch(ui::kCmdRedo), ui::DispatchResult::Greyed);
+
+    // Closing the window clears the undo records.
+    window.close();
+    QVERIFY(std::filesystem::is_empty(fixture.home.path() / "UndoRecords"));
+}
+
+void SpectrumEditingTest::saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    ui::MainWndProc& window = *fixture.window;
+    QCOMPARE(window.dispatch(ui::kCmdAutoRemoveBackground), ui::DispatchResult::Done);
+    const SpectrumRecord edited = spectrumRecord(fixture.state.specdata, 0);
+
+    const auto saved = fixture.home.path() / "cleaned.txt";
+    fixture.interaction->saveName = QString::fromStdString(saved.string());
+    QCOMPARE(window.dispatch(ui::kCmdSaveAs), ui::DispatchResult::Done);
+    QVERIFY(fixture.interaction->errors.empty());
+    QCOMPARE(QString::fromStdString(fixture.state.specdata.NAME[0]), QStringLiteral("cleaned.txt"));
+    fixture.window->openFiles({QString::fromStdString(saved.string())});
+    QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 1), edited));
+
+    // Save over the spectrum's own file asks first; No leaves the file as it is.
+    const std::string before = readFile(saved);
+    QCOMPARE(window.dispatch(ui::kCmdAutoRemoveCre), ui::DispatchResult::Done);
+    fixture.interaction->answerYes = false;
+    window.setTargetSpectrum(0);
+    QCOMPARE(window.dispatch(ui::kCmdSave), ui::DispatchResult::Done);
+    QCOMPARE(fixture.interaction->questions.size(), std::size_t{1});
+    QVERIFY(fixture.interaction->questions[0].text.contains("cleaned.txt"));
+    QCOMPARE(readFile(saved), before);
+
+    // A folder that does not exist: the message, and nothing written.
+    fixture.interaction->saveName =
+        QString::fromStdString((fixture.home.path() / "missing" / "x.txt").string());
+    window.dispatch(ui::kCmdSaveAs);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
+    QCOMPARE(fixture.interaction->errors[0].title, QStringLiteral("Save"));
+    QVERIFY(!std::filesystem::exists(fixture.home.path() / "missing"));
+}
+
+void SpectrumEditingTest::recentFilesListOpenedFilesAndDropAMissingOne() {
+    WindowFixture fixture;
+    const auto copy = fixture.home.path() / "copy.txt";
+    std::filesystem::copy_file(sourcePath("data/raman/examples/calcite_horiba_633nm_top.txt"),
+                               copy);
+    fixture.window->openFiles({QString::fromStdString(copy.string())});
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    ui::MainWndProc& window = *fixture.window;
+    const QList<QAction*> first = window.actionsFor(ui::kCmdRecentFileFirst);
+    QVERIFY(first.front()->isVisible());
+    QVERIFY(first.front()->text().endsWith("calcite_bwtek_532nm_icv.txt"));
+    QVERIFY(window.actionsFor(ui::kCmdRecentFileFirst + 1).front()->text().endsWith("copy.txt"));
+    QVERIFY(!window.actionsFor(ui::kCmdRecentFileFirst + 2).front()->isVisible());
+
+    QCOMPARE(window.dispatch(ui::kCmdRecentFileFirst), ui::DispatchResult::Done);
+    QCOMPARE(fixture.state.specdata.count(), 3);
+
+    std::filesystem::remove(copy);
+    QCOMPARE(window.dispatch(ui::kCmdRecentFileFirst + 1), ui::DispatchResult::Done);
+    QCOMPARE(fixture.state.specdata.count(), 3);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
+    QVERIFY(fixture.interaction->errors[0].text.contains("no longer exists"));
+    QVERIFY(!window.actionsFor(ui::kCmdRecentFileFirst + 1).front()->isVisible());
+}
+
+} // namespace quarvex::test
