@@ -5,6 +5,7 @@
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "specdata/SpecDataManager.h"
+#include "ui/BackgroundDialog.h"
 #include "ui/SpectrumView.h"
 
 #include <QAction>
@@ -62,9 +63,15 @@ void MainWndProc::runEditCommand(int command) {
     case kCmdAutoRemoveCre:
         applySpectrumEdit(DespikeEdit{});
         break;
-    case kCmdAutoRemoveBackground:
-        applySpectrumEdit(BaselineEdit{});
+    case kCmdAutoRemoveBackground: {
+        const int spectrum = targetSpectrum();
+        BackgroundDialog dialog(state_.specdata.xValues(spectrum),
+                                state_.specdata.yValues(spectrum), this);
+        if (runCentred(dialog)) {
+            applySpectrumEdit(dialog.edit());
+        }
         break;
+    }
     case kCmdTrimLeft:
     case kCmdTrimRight:
         ORGANIZE_TRIMMING(command);

@@ -51,7 +51,12 @@ int main(int argc, char** argv) {
         QStringLiteral("Open a reference diffraction file in the X-ray mode before the commands."),
         QStringLiteral("FILE"));
     referenceOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    QCommandLineOption dialogOption(QStringLiteral("dialog-screenshot"),
+                                    QStringLiteral("Save the first dialog as an image."),
+                                    QStringLiteral("FILE"));
+    dialogOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption});
+    parser.addOption(dialogOption);
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -63,7 +68,9 @@ int main(int argc, char** argv) {
     // A picture is taken without a user: messages go to stderr instead of waiting for a hand.
     std::shared_ptr<ui::UserInteraction> interaction;
     if (parser.isSet(screenshotOption)) {
-        interaction = std::make_shared<ui::UnattendedInteraction>();
+        auto unattended = std::make_shared<ui::UnattendedInteraction>();
+        unattended->dialogPicture = parser.value(dialogOption);
+        interaction = unattended;
     }
     ProgramState state;
     ui::MainWndProc window(state, {resolveHomeFolder(home), ui::shippedDocsFolder(), interaction});

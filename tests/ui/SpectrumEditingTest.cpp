@@ -4,10 +4,15 @@
 #include "UiTestSupport.h"
 
 #include "specdata/SpectrumRecords.h"
+#include "ui/BackgroundDialog.h"
 #include "ui/Commands.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QTest>
+#include <qcustomplot.h>
+
+#include <algorithm>
 
 #include <cstring>
 
@@ -31,6 +36,7 @@ void SpectrumEditingTest::undoRestoresEveryEditBitForBitAndRedoReapplies() {
     ui::MainWndProc& window = *fixture.window;
     fixture.state.specdata.yColumn(0)[300] += 1.0e6F; // a cosmic ray
     QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Greyed);
+    fixture.interaction->onDialog = [](QDialog&) { return QDialog::Accepted; };
 
     std::vector<SpectrumRecord> states{spectrumRecord(fixture.state.specdata, 0)};
     for (const int command : {ui::kCmdAutoRemoveCre, ui::kCmdAutoRemoveBackground}) {
@@ -60,10 +66,49 @@ void SpectrumEditingTest::undoRestoresEveryEditBitForBitAndRedoReapplies() {
     QVERIFY(std::filesystem::is_empty(fixture.home.path() / "UndoRecords"));
 }
 
+void SpectrumEditingTest::backgroundDialogDrawsTheProposedBaselineBeforeApply() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    const SpectrumRecord original = spectrumRecord(fixture.state.specdata, 0);
+    std::vector<double> alsBaseline;
+    std::vector<double> snipBaseline;
+    QString message;
+    fixture.interaction->onDialog = [&](QDialog& dialog) {
+        auto& background = dynamic_cast<ui::BackgroundDialog&>(dialog);
+        const auto points = [&background] {
+            std::vector<double> values;
+            for (const auto& point : *background.plot()->graph(1)->data()) {
+                values.push_back(point.value);
+            }
+            return values;
+        };
+        alsBaseline = points();
+        background.method()->setCurrentIndex(2); // SNIP
+        snipBaseline = points();
+        message = background.message();
+        return QDialog::Rejected; // Cancel
+    };
+    QCOMPARE(fixture.window->dispatch(ui::kCmdAutoRemoveBackground), ui::DispatchResult::Done);
+    QCOMPARE(fixture.interaction->dialogs.size(), std::size_t{1});
+    QCOMPARE(alsBaseline.size(), original.y.size());
+    QCOMPARE(snipBaseline.size(), original.y.size());
+    QVERIFY(alsBaseline != snipBaseline);
+    QVERIFY(message.startsWith("Proposed baseline"));
+    // The proposed baseline lies under the 1086 cm-1 band and near the spectrum between bands.
+    const auto band = static_cast<std::size_t>(
+        std::max_element(original.y.begin(), original.y.end()) - original.y.begin());
+    QVERIFY(alsBaseline[band] < 0.2 * original.y[band]);
+    QVERIFY(std::abs(alsBaseline[400] - original.y[400]) < 0.05 * original.y[400]);
+    // Cancel leaves the spectrum and the undo list as they were.
+    QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), original));
+    QCOMPARE(fixture.window->dispatch(ui::kCmdUndo), ui::DispatchResult::Greyed);
+}
+
 void SpectrumEditingTest::saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting() {
     WindowFixture fixture;
     fixture.open({"calcite_bwtek_532nm_icv.txt"});
     ui::MainWndProc& window = *fixture.window;
+    fixture.interaction->onDialog = [](QDialog&) { return QDialog::Accepted; };
     QCOMPARE(window.dispatch(ui::kCmdAutoRemoveBackground), ui::DispatchResult::Done);
     const SpectrumRecord edited = spectrumRecord(fixture.state.specdata, 0);
 

@@ -11,6 +11,7 @@ class SpectrumEditingTest : public QObject {
 
 private slots:
     void undoRestoresEveryEditBitForBitAndRedoReapplies();
+    void backgroundDialogDrawsTheProposedBaselineBeforeApply();
     void saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting();
     void recentFilesListOpenedFilesAndDropAMissingOne();
 };
