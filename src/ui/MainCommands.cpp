@@ -205,6 +205,7 @@ void MainWndProc::runCommand(int command) {
     case kCmdAutoRemoveCre:
     case kCmdTrimLeft:
     case kCmdTrimRight:
+    case kCmdEditDataFile:
         runEditCommand(command);
         break;
     default:

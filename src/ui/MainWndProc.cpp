@@ -364,7 +364,6 @@ bool MainWndProc::canRun(int command) const {
     case kCmdFitPeaks:
         return loaded;
     default:
-        // Editing the data file is not built yet: its item stays greyed.
         return canRunEditCommand(command);
     }
 }

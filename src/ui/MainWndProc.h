@@ -141,6 +141,8 @@ private:
     void applySpectrumEdit(const SpectrumEdit& edit);
     void ORGANIZE_TRIMMING(int command);
     void ORGANIZE_SAVEFILE(int command);
+    void EDIT_SPECDATA_FILE();
+    void applySpectrumRecord(int spectrum, const SpectrumRecord& record);
     void openRecentFile(std::size_t entry);
     void updateRecentFileItems();
 

@@ -2,10 +2,13 @@
 // cursor, undo and redo, Save and Save As, and the recent-file list of the File menu.
 #include "ui/MainWndProc.h"
 
+#include "common/AtomicFile.h"
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "specdata/SpecDataManager.h"
+#include "specdata/SpectrumRecords.h"
 #include "ui/BackgroundDialog.h"
+#include "ui/DataFileEditor.h"
 #include "ui/SpectrumView.h"
 
 #include <QAction>
@@ -46,6 +49,7 @@ bool MainWndProc::canRunEditCommand(int command) const {
         return !undoHistory_.redo.empty();
     case kCmdSave:
     case kCmdSaveAs:
+    case kCmdEditDataFile:
     case kCmdAutoRemoveBackground:
     case kCmdAutoRemoveCre:
         return loaded;
@@ -92,6 +96,9 @@ void MainWndProc::runEditCommand(int command) {
     case kCmdSaveAs:
         ORGANIZE_SAVEFILE(command);
         break;
+    case kCmdEditDataFile:
+        EDIT_SPECDATA_FILE();
+        break;
     default:
         openRecentFile(static_cast<std::size_t>(command - kCmdRecentFileFirst));
         break;
@@ -103,6 +110,13 @@ void MainWndProc::applySpectrumEdit(const SpectrumEdit& edit) {
         applyEdit(state_.specdata, undoHistory_, options_.home, targetSpectrum(), edit);
     refreshAfterSpectrumChange();
     statusBar()->showMessage(QString::fromStdString(outcome.processingLine), 10000);
+}
+
+// The spectrum takes the values read again from its file; undo brings the old ones back.
+void MainWndProc::applySpectrumRecord(int spectrum, const SpectrumRecord& record) {
+    appendUndoRecord(undoHistory_, options_.home, state_.specdata, spectrum, "Edit Data File");
+    replaceSpectrum(state_.specdata, spectrum, record);
+    refreshAfterSpectrumChange();
 }
 
 // Trim left of cursor keeps the points from the cross-hair's x on; right of cursor up to it.
@@ -149,6 +163,30 @@ void MainWndProc::ORGANIZE_SAVEFILE(int command) {
     }
     refreshAfterSpectrumChange();
     statusBar()->showMessage(QStringLiteral("Saved ") + path, 10000);
+}
+
+// The spectrum's file in the editor; Save writes it back (atomically) and reads the spectrum
+// again. A file that no longer reads shows its message and the spectrum keeps its data.
+void MainWndProc::EDIT_SPECDATA_FILE() {
+    const int spectrum = targetSpectrum();
+    const std::string path = state_.specdata.PATH[at(spectrum)];
+    DataFileEditor editor(qPath(path), this);
+    if (!runCentred(editor)) {
+        return;
+    }
+    {
+        AtomicFile file(path);
+        if (file.isOpen()) {
+            file.stream() << editor.text().toStdString();
+        }
+        if (!file.isOpen() || !file.commit()) {
+            throw QuarvexError("Cannot write " + path + ".", "Edit Data File");
+        }
+    }
+    SPECDATA_GLOBALS reread;
+    MINERALINFO header;
+    const int index = quarvex::READ_SPECDATA_FILE(reread, header, path);
+    applySpectrumRecord(spectrum, spectrumRecord(reread, index));
 }
 
 void MainWndProc::openRecentFile(std::size_t entry) {

@@ -6,9 +6,11 @@
 #include "specdata/SpectrumRecords.h"
 #include "ui/BackgroundDialog.h"
 #include "ui/Commands.h"
+#include "ui/DataFileEditor.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QPlainTextEdit>
 #include <QTest>
 #include <qcustomplot.h>
 
@@ -137,6 +139,41 @@ void SpectrumEditingTest::saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting(
     QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
     QCOMPARE(fixture.interaction->errors[0].title, QStringLiteral("Save"));
     QVERIFY(!std::filesystem::exists(fixture.home.path() / "missing"));
+}
+
+void SpectrumEditingTest::editDataFileReadsTheSpectrumAgainOrKeepsIt() {
+    WindowFixture fixture;
+    const auto copy = fixture.home.path() / "edited.txt";
+    std::filesystem::copy_file(sourcePath("data/raman/examples/calcite_bwtek_532nm_icv.txt"), copy);
+    fixture.window->openFiles({QString::fromStdString(copy.string())});
+    const SpectrumRecord original = spectrumRecord(fixture.state.specdata, 0);
+    fixture.interaction->onDialog = [](QDialog& dialog) {
+        auto& editor = dynamic_cast<ui::DataFileEditor&>(dialog);
+        if (!editor.text().contains("102.8400, 494.000")) {
+            return int{QDialog::Rejected};
+        }
+        editor.editor()->setPlainText(
+            editor.text().replace("102.8400, 494.000", "102.8400, 999.000"));
+        return int{QDialog::Accepted};
+    };
+    QCOMPARE(fixture.window->dispatch(ui::kCmdEditDataFile), ui::DispatchResult::Done);
+    QCOMPARE(fixture.state.specdata.yValues(0)[0], 999.0F);
+    QCOMPARE(fixture.state.specdata.NUMDATA[0], static_cast<int>(original.x.size()));
+
+    // A text that no longer reads: the message, and the spectrum keeps its values.
+    fixture.interaction->onDialog = [](QDialog& dialog) {
+        dynamic_cast<ui::DataFileEditor&>(dialog).editor()->setPlainText(
+            QStringLiteral("no numbers at all\n"));
+        return int{QDialog::Accepted};
+    };
+    QCOMPARE(fixture.window->dispatch(ui::kCmdEditDataFile), ui::DispatchResult::Done);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
+    QVERIFY(fixture.interaction->errors[0].text.contains("No data points"));
+    QCOMPARE(fixture.state.specdata.yValues(0)[0], 999.0F);
+
+    // Undo brings the values before the first edit back.
+    QCOMPARE(fixture.window->dispatch(ui::kCmdUndo), ui::DispatchResult::Done);
+    QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), original));
 }
 
 void SpectrumEditingTest::recentFilesListOpenedFilesAndDropAMissingOne() {

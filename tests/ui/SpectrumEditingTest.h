@@ -13,6 +13,7 @@ private slots:
     void undoRestoresEveryEditBitForBitAndRedoReapplies();
     void backgroundDialogDrawsTheProposedBaselineBeforeApply();
     void saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting();
+    void editDataFileReadsTheSpectrumAgainOrKeepsIt();
     void recentFilesListOpenedFilesAndDropAMissingOne();
 };
 
