@@ -12,7 +12,7 @@ build_dir=${QUARVEX_BUILD_DIR:-$root/build}
 packages=(
     cmake ninja-build g++ pkg-config
     libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev
-    qt6-base-dev qt6-qpa-plugins libqcustomplot-dev
+    qt6-base-dev qt6-qpa-plugins libqcustomplot-dev libeigen3-dev
     xvfb xauth fonts-dejavu-core
     desktop-file-utils
     qt6-svg-dev poppler-utils

@@ -41,6 +41,9 @@ std::vector<CliCommand> addBenchCommands(CLI::App& app);
 std::vector<CliCommand> addLibraryCommands(CLI::App& app);
 CliCommand addResampleCommand(CLI::App& app);
 CliCommand addHomeCommand(CLI::App& app);
+CliCommand addProcessCommand(CLI::App& app);
+/// Adds `bench process` to the bench group (addBenchCommands first).
+CliCommand addProcessBenchCommand(CLI::App& app);
 /// Adds `bench library` and `bench search` to the bench group (addBenchCommands first).
 std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app);
 

@@ -8,6 +8,7 @@
 #include "library/ConsistencyExam.h"
 #include "library/DotProdSearch.h"
 #include "specdata/SpecDataManager.h"
+#include "specdata/SpectrumEdits.h"
 
 #include <algorithm>
 #include <array>
@@ -25,6 +26,7 @@ struct SearchOptions {
     std::optional<std::string> range;
     std::optional<int> top;
     bool json = false;
+    bool clean = false;
 };
 
 // A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
@@ -139,9 +141,13 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
     const auto [low, high] =
         options.range ? parseRange(*options.range) : std::pair{x.front(), x.back()};
     const auto [first, count] = selectedArea(x, low, high);
+    const std::vector<float> cleaned =
+        options.clean ? cleanedValues(x.subspan(first, count), y.subspan(first, count))
+                      : std::vector<float>{};
 
     const auto compilation =
-        searchLibrary(state.quarvex.programFolder, x.subspan(first, count), y.subspan(first, count),
+        searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
+                      options.clean ? std::span<const float>(cleaned) : y.subspan(first, count),
                       state.library, terminalProgress());
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
@@ -231,6 +237,8 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
                      "every entry)")
         ->check(CLI::PositiveNumber);
     search->add_flag("--json", options->json, "Print JSON instead of a table");
+    search->add_flag("--clean", options->clean,
+                     "Remove cosmic-ray spikes and the background (ALS) from the range first");
 
     auto json = std::make_shared<bool>(false);
     CLI::App* consistency = app.add_subcommand(

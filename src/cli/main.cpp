@@ -38,12 +38,14 @@ int main(int argc, char** argv) {
     }
     commands.push_back(addResampleCommand(app));
     commands.push_back(addHomeCommand(app));
+    commands.push_back(addProcessCommand(app));
     for (CliCommand& bench : addBenchCommands(app)) {
         commands.push_back(std::move(bench));
     }
     for (CliCommand& bench : addLibraryBenchCommands(app)) {
         commands.push_back(std::move(bench));
     }
+    commands.push_back(addProcessBenchCommand(app));
 
     CLI11_PARSE(app, argc, argv);
 

@@ -21,6 +21,7 @@ template <class F> void forEachPerSpectrumField(SPECDATA_GLOBALS& s, F&& f) {
     f(s.ACTIVE, s.DATA_ACTIVE2);
     f(s.VISIBLE, s.DATA_VISIBLE2);
     f(s.HEADER, s.DATA_HEADER2);
+    f(s.COMMENTS, s.DATA_COMMENTS2);
 }
 
 template <class T> void release(std::vector<T>& values) {
@@ -148,6 +149,7 @@ int appendSpectrum(SPECDATA_GLOBALS& specdata, SpectrumRecord record) {
     specdata.DTYPE[k] = std::move(record.dtype);
     specdata.WAVE_INFO[k] = std::move(record.waveInfo);
     specdata.HEADER[k] = std::move(record.header);
+    specdata.COMMENTS[k] = std::move(record.comments);
     specdata.SCALE_FACT[k] = 1.0F;
     specdata.STACK_BUFF[k] = 0.0F;
     specdata.ABS_SCALE[k] = 0.0F;

@@ -31,7 +31,9 @@ struct SPECDATA_GLOBALS {
     std::vector<bool> ACTIVE;        ///< the spectrum in focus
     std::vector<bool> VISIBLE;       ///< drawn in the view (false: hidden, still loaded)
     std::vector<MINERALINFO> HEADER; ///< the file's four header values
-    int pointDimension = 0;          ///< rows of X and Y: the largest NUMDATA
+    /// Comment-block lines other than "dtype:" and "wave:", "processing:" lines included
+    std::vector<std::vector<std::string>> COMMENTS;
+    int pointDimension = 0; ///< rows of X and Y: the largest NUMDATA
 
     std::vector<std::string> DATA_NAME2;
     std::vector<std::string> DATA_PATH2;
@@ -47,6 +49,7 @@ struct SPECDATA_GLOBALS {
     std::vector<bool> DATA_ACTIVE2;
     std::vector<bool> DATA_VISIBLE2;
     std::vector<MINERALINFO> DATA_HEADER2;
+    std::vector<std::vector<std::string>> DATA_COMMENTS2;
     int DATA_pointDimension2 = 0;
 
     /// Number of loaded spectra.
@@ -88,6 +91,7 @@ struct SpectrumRecord {
     MINERALINFO header;
     std::int64_t skippedLines = 0;     ///< lines read as nothing (see SkippedLines)
     std::int64_t firstSkippedLine = 0; ///< 1-based; 0 when none
+    std::vector<std::string> comments; ///< comment lines other than "dtype:" and "wave:"
 };
 
 /// Adds a spectrum at the end of the set (spare copy, recreate one larger, copy back, fill the

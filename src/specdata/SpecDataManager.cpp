@@ -5,6 +5,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "specdata/PointOrder.h"
+#include "specdata/SpectrumFileWriter.h"
 
 #include <cmath>
 #include <string>
@@ -289,6 +290,7 @@ int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
                                (why.empty() ? std::string() : ": " + why),
                            std::string(kDataFileErrorTitle));
     }
+    record.comments = readCommentLines(path);
     mineralInfo = record.header;
     if (skipped != nullptr) {
         *skipped = passedOver;

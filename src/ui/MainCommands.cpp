@@ -194,9 +194,22 @@ void MainWndProc::runCommand(int command) {
         showMode(fileManager_);
         fileManager_->selectSpectrum(target);
         break;
+    case kCmdUndo:
+    case kCmdRedo:
+    case kCmdSave:
+    case kCmdSaveAs:
+    case kCmdAutoRemoveBackground:
+    case kCmdAutoRemoveCre:
+    case kCmdTrimLeft:
+    case kCmdTrimRight:
+    case kCmdEditDataFile:
+        runEditCommand(command);
+        break;
     default:
         if (isXrayButtonCommand(command)) {
             runXrayCommand(command);
+        } else if (command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast) {
+            runEditCommand(command);
         }
         break; // greyed commands never arrive here
     }
@@ -228,6 +241,7 @@ int MainWndProc::openFiles(const QStringList& paths) {
             SkippedLines skipped;
             quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString(),
                                         &skipped);
+            rememberRecentFile(recentFiles_, options_.home, path.toStdString());
             lastOpenedPath_ = path;
             ++added;
             if (skipped.count > 0) {
@@ -238,6 +252,7 @@ int MainWndProc::openFiles(const QStringList& paths) {
             showError(error);
         }
     }
+    updateRecentFileItems();
     if (added > 0) {
         refreshAfterSpectrumChange();
         view_->ZOOM_OUT();

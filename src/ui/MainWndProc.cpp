@@ -121,6 +121,7 @@ void MainWndProc::startUp() {
     PREPARE_TOOLBAR();
     SET_UP_STATUS_BAR();
     SET_UP_FOLDERS(options_.home);
+    startEditing(); // CREATE_APPEND_UNDO_FILE, RECENT_FILES
     QString compileSummary;
     if (hooks_.compileLibraryAtStart) {
         try {
@@ -191,8 +192,7 @@ void MainWndProc::buildMenus() {
         QMenu* menu = buildMenu(resource, menuBar(), true);
         menuBar()->addMenu(menu);
         if (resource.title == "&File") {
-            // Room for the ten entries of the recent-file list, above Exit; the list itself is
-            // kept by a later version, so they stay hidden.
+            // Room for the ten entries of the recent-file list, above Exit; unused rows hide.
             QAction* exitItem = menu->actions().back();
             for (int command = kCmdRecentFileFirst; command <= kCmdRecentFileLast; ++command) {
                 auto* recent = new QAction(menu);
@@ -364,10 +364,7 @@ bool MainWndProc::canRun(int command) const {
     case kCmdFitPeaks:
         return loaded;
     default:
-        // Save and Save As, Undo and Redo, background and cosmic-ray removal, trimming, editing
-        // the data file and the recent files arrive with their core operations; until then
-        // their items stay greyed.
-        return false;
+        return canRunEditCommand(command);
     }
 }
 
@@ -439,6 +436,7 @@ void MainWndProc::updateTitle() {
 void MainWndProc::closeEvent(QCloseEvent* event) {
     if (!shutDownDone_) {
         shutDown(state_); // INI_PREF_SETUP(1), FREE_SPECDATA_POINTERS
+        endEditing();     // CREATE_APPEND_UNDO_FILE
         shutDownDone_ = true;
     }
     event->accept();

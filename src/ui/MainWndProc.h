@@ -3,6 +3,9 @@
 #pragma once
 
 #include "shell/ProgramState.h"
+#include "specdata/RecentFiles.h"
+#include "specdata/SpectrumEdits.h"
+#include "specdata/UndoRecords.h"
 #include "ui/Commands.h"
 #include "ui/CoreHooks.h"
 #include "ui/UserInteraction.h"
@@ -136,6 +139,19 @@ private:
     void showError(const QuarvexError& error);
     QPrinter& printer();
 
+    // Editing, undo, saving and recent files (SpectrumEditCommands.cpp)
+    void startEditing();
+    void endEditing();
+    bool canRunEditCommand(int command) const;
+    void runEditCommand(int command);
+    void applySpectrumEdit(const SpectrumEdit& edit);
+    void ORGANIZE_TRIMMING(int command);
+    void ORGANIZE_SAVEFILE(int command);
+    void EDIT_SPECDATA_FILE();
+    void applySpectrumRecord(int spectrum, const SpectrumRecord& record);
+    void openRecentFile(std::size_t entry);
+    void updateRecentFileItems();
+
     ProgramState& state_;
     MainWindowOptions options_;
     CoreHooks hooks_;
@@ -156,6 +172,8 @@ private:
     std::multimap<int, QAction*> actions_;
     std::unique_ptr<QPrinter> printer_;
     QString lastOpenedPath_;
+    UndoHistory undoHistory_;
+    RecentFileList recentFiles_;
     int targetSpectrum_ = -1;
     bool shutDownDone_ = false;
 };

@@ -1,6 +1,7 @@
 // The user's side of the desktop program's questions, through Qt's standard dialogs.
 #include "ui/UserInteraction.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QFileDialog>
@@ -76,6 +77,12 @@ QString UnattendedInteraction::askSaveFileName(QWidget*, const QString& caption,
 }
 
 int UnattendedInteraction::execDialog(QDialog& dialog) {
+    if (!dialogPicture.isEmpty()) {
+        dialog.show();
+        QCoreApplication::processEvents();
+        dialog.grab().save(dialogPicture);
+        dialogPicture.clear();
+    }
     tell("dialog rejected", dialog.windowTitle(), QString());
     return QDialog::Rejected;
 }

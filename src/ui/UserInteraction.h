@@ -57,6 +57,9 @@ public:
                             const QString& filters) override;
     int execDialog(QDialog& dialog) override;
     bool openUrl(const QUrl& url) override;
+
+    /// When set, the first dialog is shown and saved to this image before it is rejected.
+    QString dialogPicture;
 };
 
 /// A "|"-separated filter list of the program's file dialogs ("Text (*.txt)|*.txt|") in the

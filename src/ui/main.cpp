@@ -126,8 +126,12 @@ int main(int argc, char** argv) {
         QStringLiteral("print-pdf"),
         QStringLiteral("Print the view of the FILEs to a one-page PDF as Print... does, and exit."),
         QStringLiteral("OUT.pdf"));
+    QCommandLineOption dialogOption(QStringLiteral("dialog-screenshot"),
+                                    QStringLiteral("Save the first dialog as an image."),
+                                    QStringLiteral("FILE"));
+    dialogOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption,
-                       exportOption, sizeOption, printPdfOption});
+                       exportOption, sizeOption, printPdfOption, dialogOption});
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -140,7 +144,9 @@ int main(int argc, char** argv) {
     std::shared_ptr<ui::UserInteraction> interaction;
     const bool figures = parser.isSet(exportOption) || parser.isSet(printPdfOption);
     if (parser.isSet(screenshotOption) || figures) {
-        interaction = std::make_shared<ui::UnattendedInteraction>();
+        auto unattended = std::make_shared<ui::UnattendedInteraction>();
+        unattended->dialogPicture = parser.value(dialogOption);
+        interaction = unattended;
     }
     ProgramState state;
     ui::MainWndProc window(state,

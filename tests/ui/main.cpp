@@ -3,6 +3,7 @@
 #include "EditSpectrumTest.h"
 #include "MenuTest.h"
 #include "RamanSearchTest.h"
+#include "SpectrumEditingTest.h"
 #include "WindowTest.h"
 #include "XrayDiffractionTest.h"
 
@@ -20,6 +21,8 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&ramanSearch, argc, argv);
     quarvex::test::EditSpectrumTest editSpectrum;
     failures += QTest::qExec(&editSpectrum, argc, argv);
+    quarvex::test::SpectrumEditingTest spectrumEditing;
+    failures += QTest::qExec(&spectrumEditing, argc, argv);
     quarvex::test::XrayDiffractionTest xrayDiffraction;
     failures += QTest::qExec(&xrayDiffraction, argc, argv);
     quarvex::test::DisplayTest display;

@@ -1,0 +1,83 @@
+#include "specdata/SpectrumFileWriter.h"
+
+#include "common/AtomicFile.h"
+#include "common/LineReader.h"
+#include "common/QuarvexError.h"
+#include "common/TextUtils.h"
+
+namespace quarvex {
+
+namespace {
+
+constexpr std::string_view kCommentStart = "<COM>";
+constexpr std::string_view kCommentEnd = "</COM>";
+constexpr std::string_view kDataTypeKey = "dtype:";
+constexpr std::string_view kWaveKey = "wave:";
+
+void writeProgramFormat(std::ostream& out, const SpectrumRecord& record) {
+    out << "##NAMES=" << record.header.names << '\n'
+        << "##LOCALITY=" << record.header.locality << '\n'
+        << "##GRELTID=" << record.header.id << '\n'
+        << "##CHEMISTRY=" << record.header.chemistry << '\n'
+        << kCommentStart << '\n';
+    out << kDataTypeKey << ' ' << record.dtype << '\n'
+        << kWaveKey << ' ' << record.waveInfo << '\n';
+    for (const std::string& line : record.comments) {
+        out << line << '\n';
+    }
+    out << kCommentEnd << '\n';
+    for (std::size_t i = 0; i < record.x.size(); ++i) {
+        out << shortestText(record.x[i]) << ", " << shortestText(record.y[i]) << '\n';
+    }
+}
+
+void writeCsv(std::ostream& out, const SpectrumRecord& record) {
+    out << "x,y\n";
+    for (std::size_t i = 0; i < record.x.size(); ++i) {
+        out << shortestText(record.x[i]) << ',' << shortestText(record.y[i]) << '\n';
+    }
+}
+
+} // namespace
+
+std::vector<std::string> readCommentLines(const std::filesystem::path& path) {
+    std::vector<std::string> lines;
+    LineReader reader(path);
+    std::string_view line;
+    bool inside = false;
+    while (reader.next(line)) {
+        if (!inside) {
+            inside = startsWithKey(line, kCommentStart);
+        } else if (startsWithKey(line, kCommentEnd)) {
+            inside = false;
+        } else if (!startsWithKey(line, kDataTypeKey) && !startsWithKey(line, kWaveKey)) {
+            lines.emplace_back(line);
+        }
+    }
+    return lines;
+}
+
+void writeSpectrumText(std::ostream& out, const SpectrumRecord& record, SpectrumFileFormat format) {
+    if (format == SpectrumFileFormat::Csv) {
+        writeCsv(out, record);
+    } else {
+        writeProgramFormat(out, record);
+    }
+}
+
+void writeSpectrumFile(const std::filesystem::path& path, const SpectrumRecord& record,
+                       SpectrumFileFormat format) {
+    AtomicFile file(path);
+    if (file.isOpen()) {
+        writeSpectrumText(file.stream(), record, format);
+        if (file.commit()) {
+            return;
+        }
+    }
+    throw QuarvexError("Cannot write " + path.string() +
+                           ": the folder does not exist, is read-only or is full. Nothing was "
+                           "written.",
+                       "Save");
+}
+
+} // namespace quarvex

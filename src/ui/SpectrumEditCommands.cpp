@@ -1,0 +1,220 @@
+// The main window's editing commands: cosmic-ray and background removal, trimming at the
+// cursor, undo and redo, Save and Save As, and the recent-file list of the File menu.
+#include "ui/MainWndProc.h"
+
+#include "common/AtomicFile.h"
+#include "common/IndexCast.h"
+#include "common/QuarvexError.h"
+#include "specdata/SpecDataManager.h"
+#include "specdata/SpectrumRecords.h"
+#include "ui/BackgroundDialog.h"
+#include "ui/DataFileEditor.h"
+#include "ui/SpectrumView.h"
+
+#include <QAction>
+#include <QFileInfo>
+#include <QStatusBar>
+
+#include <span>
+
+namespace quarvex::ui {
+
+namespace {
+
+constexpr const char* kSaveFilters =
+    "Spectrum Files (*.txt)|*.txt|GRELT Files (*.grelt)|*.grelt|CSV Files (*.csv)|*.csv|";
+
+QString qPath(const std::string& path) {
+    return QString::fromStdString(path);
+}
+
+} // namespace
+
+void MainWndProc::startEditing() {
+    CREATE_APPEND_UNDO_FILE(undoHistory_, options_.home);
+    RECENT_FILES(recentFiles_, options_.home);
+    updateRecentFileItems();
+}
+
+void MainWndProc::endEditing() {
+    CREATE_APPEND_UNDO_FILE(undoHistory_, options_.home);
+}
+
+bool MainWndProc::canRunEditCommand(int command) const {
+    const bool loaded = state_.specdata.count() > 0;
+    switch (command) {
+    case kCmdUndo:
+        return !undoHistory_.undo.empty();
+    case kCmdRedo:
+        return !undoHistory_.redo.empty();
+    case kCmdSave:
+    case kCmdSaveAs:
+    case kCmdEditDataFile:
+    case kCmdAutoRemoveBackground:
+    case kCmdAutoRemoveCre:
+        return loaded;
+    case kCmdTrimLeft:
+    case kCmdTrimRight:
+        return loaded && view_->crosshairPoint() >= 0;
+    default:
+        return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast &&
+               static_cast<std::size_t>(command - kCmdRecentFileFirst) < recentFiles_.paths.size();
+    }
+}
+
+void MainWndProc::runEditCommand(int command) {
+    switch (command) {
+    case kCmdAutoRemoveCre:
+        applySpectrumEdit(DespikeEdit{});
+        break;
+    case kCmdAutoRemoveBackground: {
+        const int spectrum = targetSpectrum();
+        BackgroundDialog dialog(state_.specdata.xValues(spectrum),
+                                state_.specdata.yValues(spectrum), this);
+        if (runCentred(dialog)) {
+            applySpectrumEdit(dialog.edit());
+        }
+        break;
+    }
+    case kCmdTrimLeft:
+    case kCmdTrimRight:
+        ORGANIZE_TRIMMING(command);
+        break;
+    case kCmdUndo:
+    case kCmdRedo: {
+        const std::string label = command == kCmdUndo
+                                      ? undoLastEdit(undoHistory_, options_.home, state_.specdata)
+                                      : redoLastEdit(undoHistory_, options_.home, state_.specdata);
+        refreshAfterSpectrumChange();
+        statusBar()->showMessage(
+            (command == kCmdUndo ? QStringLiteral("Undone: ") : QStringLiteral("Redone: ")) +
+                QString::fromStdString(label),
+            10000);
+        break;
+    }
+    case kCmdSave:
+    case kCmdSaveAs:
+        ORGANIZE_SAVEFILE(command);
+        break;
+    case kCmdEditDataFile:
+        EDIT_SPECDATA_FILE();
+        break;
+    default:
+        openRecentFile(static_cast<std::size_t>(command - kCmdRecentFileFirst));
+        break;
+    }
+}
+
+void MainWndProc::applySpectrumEdit(const SpectrumEdit& edit) {
+    const EditOutcome outcome =
+        applyEdit(state_.specdata, undoHistory_, options_.home, targetSpectrum(), edit);
+    refreshAfterSpectrumChange();
+    statusBar()->showMessage(QString::fromStdString(outcome.processingLine), 10000);
+}
+
+// The spectrum takes the values read again from its file; undo brings the old ones back.
+void MainWndProc::applySpectrumRecord(int spectrum, const SpectrumRecord& record) {
+    appendUndoRecord(undoHistory_, options_.home, state_.specdata, spectrum, "Edit Data File");
+    replaceSpectrum(state_.specdata, spectrum, record);
+    refreshAfterSpectrumChange();
+}
+
+// Trim left of cursor keeps the points from the cross-hair's x on; right of cursor up to it.
+void MainWndProc::ORGANIZE_TRIMMING(int command) {
+    const int spectrum = view_->crosshairSpectrum();
+    const int point = view_->crosshairPoint();
+    if (spectrum < 0 || spectrum >= state_.specdata.count() ||
+        point >= state_.specdata.NUMDATA[at(spectrum)]) {
+        throw QuarvexError("Place the cross-hair on the spectrum to trim first.", "Trim");
+    }
+    const std::span<const float> x = state_.specdata.xValues(spectrum);
+    const auto cursorX = static_cast<double>(x[static_cast<std::size_t>(point)]);
+    setTargetSpectrum(spectrum);
+    applySpectrumEdit(command == kCmdTrimLeft ? TrimEdit{cursorX, static_cast<double>(x.back())}
+                                              : TrimEdit{static_cast<double>(x.front()), cursorX});
+}
+
+// Save writes the spectrum over its own file after a question; Save As asks for a name, and a
+// ".csv" name gives CSV.
+void MainWndProc::ORGANIZE_SAVEFILE(int command) {
+    const int spectrum = targetSpectrum();
+    const QString current = qPath(state_.specdata.PATH[at(spectrum)]);
+    QString path = current;
+    if (command == kCmdSaveAs) {
+        path = options_.interaction->askSaveFileName(this, QStringLiteral("Save Spectrum As"),
+                                                     current, qtFileFilter(kSaveFilters));
+        if (path.isEmpty()) {
+            return;
+        }
+    }
+    if (QFileInfo(path) == QFileInfo(current) &&
+        !options_.interaction->askYesNo(
+            this, QStringLiteral("Overwrite %1, the file the spectrum came from?").arg(current),
+            QStringLiteral("Save"))) {
+        return;
+    }
+    const SpectrumFileFormat format = path.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive)
+                                          ? SpectrumFileFormat::Csv
+                                          : SpectrumFileFormat::Program;
+    quarvex::ORGANIZE_SAVEFILE(state_.specdata, undoHistory_, spectrum, path.toStdString(), format);
+    if (format == SpectrumFileFormat::Program) {
+        rememberRecentFile(recentFiles_, options_.home, path.toStdString());
+        updateRecentFileItems();
+    }
+    refreshAfterSpectrumChange();
+    statusBar()->showMessage(QStringLiteral("Saved ") + path, 10000);
+}
+
+// The spectrum's file in the editor; Save writes it back (atomically) and reads the spectrum
+// again. A file that no longer reads shows its message and the spectrum keeps its data.
+void MainWndProc::EDIT_SPECDATA_FILE() {
+    const int spectrum = targetSpectrum();
+    const std::string path = state_.specdata.PATH[at(spectrum)];
+    DataFileEditor editor(qPath(path), this);
+    if (!runCentred(editor)) {
+        return;
+    }
+    {
+        AtomicFile file(path);
+        if (file.isOpen()) {
+            file.stream() << editor.text().toStdString();
+        }
+        if (!file.isOpen() || !file.commit()) {
+            throw QuarvexError("Cannot write " + path + ".", "Edit Data File");
+        }
+    }
+    SPECDATA_GLOBALS reread;
+    MINERALINFO header;
+    const int index = quarvex::READ_SPECDATA_FILE(reread, header, path);
+    applySpectrumRecord(spectrum, spectrumRecord(reread, index));
+}
+
+void MainWndProc::openRecentFile(std::size_t entry) {
+    std::filesystem::path path;
+    try {
+        path = recentFileToOpen(recentFiles_, options_.home, entry);
+    } catch (const QuarvexError&) {
+        updateRecentFileItems();
+        throw;
+    }
+    openFiles({QString::fromStdString(path.string())});
+}
+
+// The File menu's rows 30039 to 30048 show the list, "&1 name" to "1&0 name"; unused rows hide.
+void MainWndProc::updateRecentFileItems() {
+    for (int command = kCmdRecentFileFirst; command <= kCmdRecentFileLast; ++command) {
+        const auto entry = static_cast<std::size_t>(command - kCmdRecentFileFirst);
+        for (QAction* action : actionsFor(command)) {
+            const bool used = entry < recentFiles_.paths.size();
+            action->setVisible(used);
+            if (used) {
+                const QString number =
+                    entry < 9 ? QStringLiteral("&%1").arg(entry + 1) : QStringLiteral("1&0");
+                action->setText(number + QLatin1Char(' ') +
+                                QString::fromStdString(recentFiles_.paths[entry].string()));
+            }
+        }
+    }
+}
+
+} // namespace quarvex::ui
