@@ -13,6 +13,7 @@ packages=(
     libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev
     qt6-base-dev qt6-qpa-plugins libqcustomplot-dev
     xvfb xauth fonts-dejavu-core
+    libeigen3-dev
 )
 
 missing=()
