@@ -25,10 +25,13 @@ Json valueOrNull(bool present, double value) {
 void addJointOptions(CLI::App& command, JointOptions& options) {
     command.add_flag("--refine-zero", options.settings.refineZero,
                      "Also refine the 2-theta zero shift with the cell, in 2-theta");
-    command.add_flag("--refine-displacement", options.settings.refineDisplacement,
-                     "Also refine the sample displacement (-2 s cos(theta) / R)");
-    command.add_option("--radius", options.settings.radiusMm,
-                       "Goniometer radius R in mm for the displacement (default 240)");
+    CLI::Option* displacement =
+        command.add_flag("--refine-displacement", options.settings.refineDisplacement,
+                         "Also refine the sample displacement (-2 s cos(theta) / R)");
+    command
+        .add_option("--radius", options.settings.radiusMm,
+                    "Goniometer radius R in mm for the displacement (default 240)")
+        ->needs(displacement);
     command.add_option("--sigma-floor", options.settings.sigmaFloorDeg,
                        "Smallest 2-theta uncertainty of a line for the floor esds, degrees "
                        "(default 0.005)");

@@ -1,6 +1,7 @@
 // quarvex-cli refine with the joint-refinement options end to end: the specified report kept as
 // its first part, the added JSON keys, and the refusals.
 #include "TestSupport.h"
+#include "XrayPatternSupport.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -97,6 +98,33 @@ TEST(JointRefineCli, RefusalsExitNonZeroWithTheirMessage) {
         EXPECT_EQ(run.status, 1) << row.what;
         EXPECT_NE(run.err.find(row.message), std::string::npos) << row.what << ": " << run.err;
     }
+}
+
+// xray-refine: a K-alpha1 + K-alpha2 pattern of halite with K-alpha2 stripped, the zero refined;
+// the centring of the figures of merit comes from the reference's space group (F m -3 m).
+TEST(JointRefineCli, XrayRefineStripsKAlpha2AndRefinesTheZero) {
+    test::TempFolder home;
+    test::ReferenceTable halite = test::readReferenceTable("Halite.out");
+    halite.wavelengths = {kCuKa1, 1.544390};
+    test::PatternRecipe recipe;
+    recipe.zeroShiftDeg = 0.06;
+    recipe.kAlpha2 = true;
+    const auto pattern = home.write("halite.txt", test::syntheticPatternText(halite, recipe));
+    const std::string ref = test::sourcePath("data/xray/reference/Halite.out").string();
+    const auto run =
+        test::runProgram(std::string(QUARVEX_CLI_PATH) + " --home '" + home.path().string() +
+                         "' xray-refine --json '" + pattern.string() + "' '" + ref +
+                         "' --tol 0.12 --strip-ka2 --refine-zero");
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto json = nlohmann::json::parse(run.out);
+    for (const auto& match : json["matches"]) {
+        EXPECT_EQ(match["wave"], 1);
+    }
+    EXPECT_NEAR(json["zero"].get<double>(), -0.06, 0.01);
+    EXPECT_NEAR(json["joint"]["cell"][0].get<double>(), halite.cell[0], 3e-4 * halite.cell[0]);
+    EXPECT_EQ(json["diagnostics"].size(), json["table"].size());
+    const std::string report = test::readFile(json["report"].get<std::string>());
+    EXPECT_NE(report.find("lattice centring F"), std::string::npos);
 }
 
 } // namespace
