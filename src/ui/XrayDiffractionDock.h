@@ -157,6 +157,8 @@ private:
     QComboBox* system_ = nullptr;
     QCheckBox* machineError_ = nullptr;
     QCheckBox* startFromCell_ = nullptr;
+    QCheckBox* refineZero_ = nullptr;         ///< the joint refinement with the zero shift
+    QCheckBox* refineDisplacement_ = nullptr; ///< ... and/or the sample displacement
     QPushButton* refineButton_ = nullptr;
     QPushButton* reportButton_ = nullptr;
     QLabel* cell_ = nullptr;

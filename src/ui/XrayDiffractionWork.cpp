@@ -7,12 +7,15 @@
 #include "ui/ProgressRunner.h"
 #include "ui/QtText.h"
 #include "ui/XrayPeakTable.h"
+#include "xray/FiguresOfMerit.h"
+#include "xray/JointRefineReport.h"
 #include "xray/Refine.h"
 #include "xray/RefineInputWriter.h"
 #include "xray/XrayDataAndFileManager.h"
 #include "xray/XrayMessages.h"
 #include "xray/XrayPeakFit.h"
 
+#include <QCheckBox>
 #include <QFileInfo>
 #include <QTabWidget>
 
@@ -230,9 +233,25 @@ void XrayDiffractionDock::refine() {
         refined = refinePhase(*p, state.xrayPeak.wavelengths, input, settings, state.inoutparms,
                               state.datastff);
     });
+    JointRefineSettings joint;
+    joint.refineZero = refineZero_->isChecked();
+    joint.refineDisplacement = refineDisplacement_->isChecked();
+    JointRefineResult jointResult;
+    if (refined && (joint.refineZero || joint.refineDisplacement)) {
+        const int reference = firstActive();
+        joint.centring =
+            latticeCentring(reference < 0 ? std::string() : state.diff.SPACE_GROUP[at(reference)]);
+        jointResult = refineJoint(jointInputFrom(state.datastff), joint);
+        jointResult.settings = joint;
+        appendToReport(state.inoutparms.reportPath, jointReportSection(jointResult));
+    }
     lastInput_ = input;
     resultsShown_ = refined;
     refreshResults();
+    if (refined && (joint.refineZero || joint.refineDisplacement) && !jointResult.ok) {
+        tabs_->setCurrentIndex(1);
+        fail(jointResult.message);
+    }
     if (!refined) {
         tabs_->setCurrentIndex(1);
         fail(state.inoutparms.message.empty()
