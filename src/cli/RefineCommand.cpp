@@ -1,10 +1,12 @@
 // quarvex-cli refine: run the cell refinement on a "_refine.DAT" input and print its results.
 #include "cli/CliCommand.h"
+#include "cli/JointRefineOutput.h"
 #include "cli/RefineOutput.h"
 #include "xray/Refine.h"
 
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace quarvex::cli {
 
@@ -13,6 +15,7 @@ namespace {
 struct RefineOptions {
     std::string file;
     bool json = false;
+    JointOptions joint;
 };
 
 int runRefine(const RefineOptions& options, ProgramState& state) {
@@ -21,10 +24,24 @@ int runRefine(const RefineOptions& options, ProgramState& state) {
     if (!reportRefineRun(REFINEMAIN(options.file, io, data), io)) {
         return 1;
     }
+    std::optional<JointRefineResult> joint;
+    if (options.joint.requested()) {
+        joint = runJointRefinement(options.joint, io, data, 'P');
+        if (!joint->ok) {
+            return 1;
+        }
+    }
     if (options.json) {
-        std::cout << refineResultJson(io, data).dump(2) << '\n';
+        Json json = refineResultJson(io, data);
+        if (joint) {
+            addJointJson(json, *joint);
+        }
+        std::cout << json.dump(2) << '\n';
     } else {
         printRefineText(io, data);
+        if (joint) {
+            printJointText(*joint);
+        }
     }
     return 0;
 }
@@ -38,6 +55,7 @@ CliCommand addRefineCommand(CLI::App& app) {
                   "the report (base name + Refine.out) beside it");
     refine->add_option("file", options->file, "Refinement input file (_refine.DAT)")->required();
     refine->add_flag("--json", options->json, "Print JSON instead of text");
+    addJointOptions(*refine, options->joint);
     return {refine, [options](ProgramState& state) { return runRefine(*options, state); }};
 }
 

@@ -237,7 +237,16 @@ QWidget* XrayDiffractionDock::buildRefineBox() {
     settings->addWidget(system_, 0, 1);
     settings->addWidget(machineError_, 0, 2);
     settings->addWidget(startFromCell_, 1, 2);
-    settings->setColumnStretch(3, 1);
+    refineZero_ = new QCheckBox(QStringLiteral("Refine zero"), box);
+    refineZero_->setToolTip(QStringLiteral("Also refine the 2-theta zero shift jointly with the "
+                                           "cell, in 2-theta, with diagnostics per line and "
+                                           "figures of merit at the end of the report"));
+    refineDisplacement_ = new QCheckBox(QStringLiteral("Refine displacement"), box);
+    refineDisplacement_->setToolTip(QStringLiteral("Also refine the sample displacement "
+                                                   "(-2 s cos(theta) / R, R = 240 mm)"));
+    settings->addWidget(refineZero_, 0, 3);
+    settings->addWidget(refineDisplacement_, 1, 3);
+    settings->setColumnStretch(4, 1);
     layout->addLayout(settings);
     auto* buttons = new QHBoxLayout();
     refineButton_ = new QPushButton(QStringLiteral("Refine"), box);

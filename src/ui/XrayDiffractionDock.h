@@ -4,6 +4,7 @@
 
 #include "ui/Commands.h"
 #include "ui/ModeContext.h"
+#include "xray/JointRefine.h"
 #include "xray/XrayWorkflow.h"
 
 #include <QDockWidget>
@@ -124,6 +125,8 @@ private:
     void refreshReferences();
     void refreshPhase();
     void refreshResults();
+    /// Marks the matched peaks that the joint refinement flagged (colour and tooltip).
+    void markDiagnostics();
     void showTicks();
     void updateButtons();
     // Working on it (XrayDiffractionWork.cpp, XrayDiffractionFiles.cpp)
@@ -157,6 +160,9 @@ private:
     QComboBox* system_ = nullptr;
     QCheckBox* machineError_ = nullptr;
     QCheckBox* startFromCell_ = nullptr;
+    QCheckBox* refineZero_ = nullptr;         ///< the joint refinement with the zero shift
+    QCheckBox* refineDisplacement_ = nullptr; ///< ... and/or the sample displacement
+    JointRefineResult joint_;                 ///< the last joint refinement (ok false: none)
     QPushButton* refineButton_ = nullptr;
     QPushButton* reportButton_ = nullptr;
     QLabel* cell_ = nullptr;

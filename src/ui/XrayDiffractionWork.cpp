@@ -7,12 +7,16 @@
 #include "ui/ProgressRunner.h"
 #include "ui/QtText.h"
 #include "ui/XrayPeakTable.h"
+#include "xray/FiguresOfMerit.h"
+#include "xray/JointRefineReport.h"
 #include "xray/Refine.h"
 #include "xray/RefineInputWriter.h"
 #include "xray/XrayDataAndFileManager.h"
 #include "xray/XrayMessages.h"
 #include "xray/XrayPeakFit.h"
 
+#include <QCheckBox>
+#include <QColor>
 #include <QFileInfo>
 #include <QTabWidget>
 
@@ -230,9 +234,27 @@ void XrayDiffractionDock::refine() {
         refined = refinePhase(*p, state.xrayPeak.wavelengths, input, settings, state.inoutparms,
                               state.datastff);
     });
+    JointRefineSettings joint;
+    joint.refineZero = refineZero_->isChecked();
+    joint.refineDisplacement = refineDisplacement_->isChecked();
+    JointRefineResult& jointResult = joint_;
+    jointResult = {};
+    if (refined && (joint.refineZero || joint.refineDisplacement)) {
+        const int reference = firstActive();
+        joint.centring =
+            latticeCentring(reference < 0 ? std::string() : state.diff.SPACE_GROUP[at(reference)]);
+        jointResult = refineJoint(jointInputFrom(state.datastff), joint);
+        jointResult.settings = joint;
+        appendToReport(state.inoutparms.reportPath, jointReportSection(jointResult));
+    }
     lastInput_ = input;
     resultsShown_ = refined;
     refreshResults();
+    markDiagnostics();
+    if (refined && (joint.refineZero || joint.refineDisplacement) && !jointResult.ok) {
+        tabs_->setCurrentIndex(1);
+        fail(jointResult.message);
+    }
     if (!refined) {
         tabs_->setCurrentIndex(1);
         fail(state.inoutparms.message.empty()
@@ -277,6 +299,40 @@ void XrayDiffractionDock::setPeakUsed(int peak, bool use) {
     if (p != nullptr && peak >= 0 && peak < p->peaks.count()) {
         p->peaks.USEPK[at(peak)] = use;
         refreshPhase();
+        // With the joint refinement on, taking a line out (or back) refines again at once.
+        if (resultsShown_ && (refineZero_->isChecked() || refineDisplacement_->isChecked())) {
+            emit commandRequested(kCmdRefineCell);
+        }
+    }
+}
+
+void XrayDiffractionDock::markDiagnostics() {
+    const XrayPhase* p = phase();
+    if (p == nullptr || !joint_.ok) {
+        return;
+    }
+    for (const JointLineResult& line : joint_.lines) {
+        if (!line.highLeverage && !line.outlier) {
+            continue;
+        }
+        // The input line of a peak carries its fitted position and its h k l.
+        for (const PeakAssignment& a : p->assignments) {
+            if (a.hkl != std::array<int, 3>{line.h, line.k, line.l} ||
+                std::abs(p->peaks.twoTheta(a.peak) - line.twoThetaObsDeg) > 1e-3 ||
+                a.peak >= peakTable_->topLevelItemCount()) {
+                continue;
+            }
+            QTreeWidgetItem* item = peakTable_->topLevelItem(a.peak);
+            const QString why =
+                QStringLiteral("Flagged by the joint refinement: hat %1%2, Rstudent %3")
+                    .arg(line.hat, 0, 'f', 3)
+                    .arg(line.highLeverage ? QStringLiteral(" (above 2p/n)") : QString())
+                    .arg(line.rstudent, 0, 'f', 2);
+            for (int column = 0; column < XrayPeakTable::kColumns; ++column) {
+                item->setBackground(column, QColor(0xff, 0xe0, 0xe0));
+                item->setToolTip(column, why);
+            }
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "specdata/SpecDataManager.h"
+#include "xray/KAlpha2Strip.h"
 #include "xray/Refine.h"
 #include "xray/RefineEngine.h"
 #include "xray/RefineInputWriter.h"
@@ -23,6 +24,25 @@ namespace {
 
 [[noreturn]] void fail(const std::string& text) {
     throw QuarvexError(text, std::string(kXrayDiffractionTitle));
+}
+
+// The pattern's intensities without K-alpha2, for the peak search; the wavelengths keep
+// K-alpha1 only, so that the peaks are matched with it alone.
+std::vector<float> alpha1Intensities(std::span<const float> x, std::span<const float> y,
+                                     WavelengthChoice& choice) {
+    const double alpha1 = choice.wavelengths.front();
+    const std::optional<double> alpha2 =
+        choice.wavelengths.size() > 1 ? choice.wavelengths[1] : kAlpha2For(alpha1);
+    if (!alpha2) {
+        fail("No K-alpha2 wavelength is known for " + shortestText(alpha1) +
+             " angstroms: cannot strip K-alpha2.");
+    }
+    std::vector<float> stripped = stripKAlpha2(x, y, alpha1, *alpha2);
+    if (stripped.empty()) {
+        fail("The pattern's 2-theta values do not rise point by point: cannot strip K-alpha2.");
+    }
+    choice.wavelengths.resize(1);
+    return stripped;
 }
 
 // A single-precision setting as the double its text means (1.540562F is 1.540562, not
@@ -163,9 +183,17 @@ XrayRefineOutcome prepareXrayPhase(XrayStateGroups groups, const XrayRefineReque
         fail(referenceName + " has no reflections: nothing to match.");
     }
     phase.USEIINTS = request.match.useIntensities;
-    phase.peaks = fitPatternPeaks(groups.specdata.xValues(outcome.pattern),
-                                  groups.specdata.yValues(outcome.pattern), request.fit,
-                                  outcome.wavelengths.wavelengths[0]);
+    std::span<const float> intensities = groups.specdata.yValues(outcome.pattern);
+    std::vector<float> stripped;
+    if (request.stripKAlpha2) {
+        stripped = alpha1Intensities(groups.specdata.xValues(outcome.pattern), intensities,
+                                     outcome.wavelengths);
+        intensities = stripped;
+        outcome.notes.push_back("K-alpha2 stripped before the peak search (Rachinger, ratio 0.5); "
+                                "peaks matched with K-alpha1 only");
+    }
+    phase.peaks = fitPatternPeaks(groups.specdata.xValues(outcome.pattern), intensities,
+                                  request.fit, outcome.wavelengths.wavelengths[0]);
     if (phase.peaks.count() == 0) {
         fail("No peak of " + patternName + " stands out of its noise: nothing to match.");
     }

@@ -90,6 +90,7 @@ struct XrayRefineRequest {
     float preferenceWavelength = 1.540562F;
     bool machineErrorSearch = false;
     bool reportIterations = false;
+    bool stripKAlpha2 = false; ///< strip K-alpha2 before the peak search, match K-alpha1 only
 };
 
 /// What the operation did.

@@ -361,4 +361,43 @@ void XrayDiffractionTest::unattendedRunsNeverWait() {
     QVERIFY(!waited);
 }
 
+// "Refine zero" beside "Correct the zero error": the refinement's report gains the joint section
+// with the example's zero shift (+0.02 deg: a correction of -0.02) found again; without the
+// tick the report ends where it did.
+void XrayDiffractionTest::refineZeroAddsTheJointSection() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    button(dock, "Refine")->click();
+    QVERIFY(!dock.reportText().contains(QStringLiteral("Joint refinement")));
+    button(dock, "Refine zero")->click();
+    button(dock, "Refine")->click();
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{0});
+    const QString report = dock.reportText();
+    QVERIFY(report.contains(QStringLiteral("Joint refinement in 2-theta")));
+    const qsizetype at = report.indexOf(QStringLiteral("   Zero = "));
+    QVERIFY(at > 0);
+    const double zero = report.mid(at + 10, 12).trimmed().toDouble();
+    QVERIFY2(std::abs(zero + 0.02) < 0.01, qPrintable(report.mid(at, 40)));
+
+    // The lines the joint refinement flags are marked in the matched table.
+    XrayPeakTable& table = *dock.peakTable();
+    int marked = 0;
+    for (int row = 0; row < table.topLevelItemCount(); ++row) {
+        marked += table.topLevelItem(row)
+                          ->toolTip(XrayPeakTable::kHkl)
+                          .startsWith(QStringLiteral("Flagged by the joint refinement"))
+                      ? 1
+                      : 0;
+    }
+    QVERIFY(marked > 0);
+    // Taking a line out of use refines again at once.
+    const int lines = fixture.state.datastff.NREF;
+    const PeakAssignment first = phaseOf(fixture).assignments.front();
+    table.topLevelItem(first.peak)->setCheckState(XrayPeakTable::kUse, Qt::Unchecked);
+    QCOMPARE(fixture.state.datastff.NREF, lines - 1);
+    QVERIFY(dock.reportText().contains(QStringLiteral("Joint refinement in 2-theta")));
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{0});
+}
+
 } // namespace quarvex::test

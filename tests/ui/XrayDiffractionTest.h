@@ -17,6 +17,7 @@ private slots:
     void createSpectrumFromDifAddsAPattern();
     void popupCommandsDispatchOnTheSelectedReference();
     void unattendedRunsNeverWait();
+    void refineZeroAddsTheJointSection();
 };
 
 } // namespace quarvex::test
