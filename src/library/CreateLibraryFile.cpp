@@ -4,6 +4,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
+#include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
 
@@ -111,6 +112,8 @@ public:
             }
         }
         std::error_code ignored;
+        // The robust file is derived from the Slow file: the next robust search derives it anew.
+        std::filesystem::remove(slow_.destination().parent_path() / kRobustLibraryFile, ignored);
         std::filesystem::remove(slow_.destination(), ignored);
         for (AtomicFile* file : {&fast_, &nameList_, &nameInfo_, &slow_}) {
             if (!file->commit()) {
