@@ -60,23 +60,23 @@ std::vector<float> wholeGrid(int first, std::size_t count) {
     return x;
 }
 
-// Every "==" block of a Slow-layout file: name, first grid position and values. A block whose
-// positions are not consecutive whole numbers keeps the run up to the first gap.
-std::vector<RobustSpectrum> readBlocks(const std::filesystem::path& path,
-                                       const ProgressCallback& progress) {
+} // namespace
+
+void forEachLibraryBlock(const std::filesystem::path& path,
+                         const std::function<void(RobustSpectrum&, double)>& use) {
     LibraryFileReader file(path);
     if (!file.isOpen()) {
         throwNeedsCompiling();
     }
-    std::vector<RobustSpectrum> blocks;
+    RobustSpectrum block;
     bool more = file.skipPastSeparator();
     while (more) {
         std::string_view nameLine;
         if (!file.next(nameLine, kNameWidth)) {
             break;
         }
-        RobustSpectrum& block = blocks.emplace_back();
         block.name = trimmed(nameLine);
+        block.values.clear();
         float x = 0.0F;
         float y = 0.0F;
         bool inRun = true;
@@ -93,10 +93,11 @@ std::vector<RobustSpectrum> readBlocks(const std::filesystem::path& path,
         }
         more = line == LibraryFileReader::Line::Separator ||
                (line == LibraryFileReader::Line::Unreadable && file.skipPastSeparator());
-        reportProgress(progress, kCompilingStatus, file.fractionRead());
+        use(block, file.fractionRead());
     }
-    return blocks;
 }
+
+namespace {
 
 void appendBlock(std::string& out, const RobustSpectrum& spectrum) {
     out.append(kSeparatorLine);
@@ -154,23 +155,19 @@ RobustSpectrum robustUnknown(std::span<const float> x, std::span<const float> y)
 }
 
 void compileRobustLibrary(const std::filesystem::path& folder, const ProgressCallback& progress) {
-    std::vector<RobustSpectrum> entries = readBlocks(folder / kSlowLibraryFile, progress);
     AtomicFile file(folder / kRobustLibraryFile);
     std::string text;
-    for (RobustSpectrum& entry : entries) {
+    forEachLibraryBlock(folder / kSlowLibraryFile, [&](RobustSpectrum& entry, double fraction) {
         entry.values = robustTransform(entry.first, entry.values);
         text.clear();
         appendBlock(text, entry);
         file.stream().write(text.data(), static_cast<std::streamsize>(text.size()));
-    }
+        reportProgress(progress, kCompilingStatus, fraction);
+    });
     if (!file.isOpen() || !file.commit()) {
         throw QuarvexError("The robust library file cannot be written in " + folder.string(),
                            std::string(kLibraryErrorTitle));
     }
-}
-
-std::vector<RobustSpectrum> loadRobustLibrary(const std::filesystem::path& folder) {
-    return readBlocks(folder / kRobustLibraryFile, {});
 }
 
 } // namespace quarvex

@@ -6,6 +6,7 @@
 #include "common/Progress.h"
 
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -42,8 +43,12 @@ RobustSpectrum robustUnknown(std::span<const float> x, std::span<const float> y)
 void compileRobustLibrary(const std::filesystem::path& folder,
                           const ProgressCallback& progress = {});
 
-/// The entries of the robust file in `folder`, in file order. Throws "Library File Needs To Be
-/// Compiled" when it is missing.
-std::vector<RobustSpectrum> loadRobustLibrary(const std::filesystem::path& folder);
+/// Reads the "==" blocks of a library file in the Slow file's layout one by one, in file order,
+/// and passes each (name, first grid position, values) with the fraction of the file read. A
+/// block whose positions are not consecutive whole numbers keeps the run up to the first gap.
+/// Only one block is held at a time. Throws "Library File Needs To Be Compiled" when the file
+/// is missing.
+void forEachLibraryBlock(const std::filesystem::path& path,
+                         const std::function<void(RobustSpectrum&, double)>& use);
 
 } // namespace quarvex

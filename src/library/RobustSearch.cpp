@@ -81,16 +81,18 @@ void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<c
     if (!std::filesystem::is_regular_file(libraryFolder / kRobustLibraryFile, error)) {
         compileRobustLibrary(libraryFolder, progress);
     }
-    const std::vector<RobustSpectrum> entries = loadRobustLibrary(libraryFolder);
     result.MATCH_SHIFT.assign(result.PERC_MATCH.size(), 0);
-    const std::size_t count = std::min(entries.size(), result.PERC_MATCH.size());
-    for (std::size_t k = 0; k < count; ++k) {
-        const RobustMatch match = robustMatch(unknown, entries[k]);
-        result.PERC_MATCH[k] = match.score;
-        result.MATCH_SHIFT[k] = match.shift;
-        reportProgress(progress, kSearchingStatus,
-                       static_cast<double>(k + 1) / static_cast<double>(count));
-    }
+    std::size_t k = 0;
+    forEachLibraryBlock(libraryFolder / kRobustLibraryFile,
+                        [&](const RobustSpectrum& entry, double fraction) {
+                            if (k < result.PERC_MATCH.size()) {
+                                const RobustMatch match = robustMatch(unknown, entry);
+                                result.PERC_MATCH[k] = match.score;
+                                result.MATCH_SHIFT[k] = match.shift;
+                            }
+                            ++k;
+                            reportProgress(progress, kSearchingStatus, fraction);
+                        });
     SORT_PERCENTS(result);
     library = std::move(result);
 }

@@ -101,7 +101,7 @@ TEST_F(RobustSearchTest, RobustFileIsDerivedWhenMissingAndDroppedByACompilation)
     EXPECT_EQ(library.MATCH_SHIFT.size(), library.PERC_MATCH.size());
     CREATE_SEARCH_LIB(home->path());
     EXPECT_FALSE(std::filesystem::exists(folder() / kRobustLibraryFile));
-    EXPECT_THROW(loadRobustLibrary(folder()), QuarvexError);
+    EXPECT_THROW(forEachLibraryBlock(folder() / kRobustLibraryFile, {}), QuarvexError);
 }
 
 TEST_F(RobustSearchTest, BadUnknowns) {
