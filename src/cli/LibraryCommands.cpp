@@ -7,6 +7,7 @@
 #include "common/TextUtils.h"
 #include "library/ConsistencyExam.h"
 #include "library/DotProdSearch.h"
+#include "library/RobustSearch.h"
 #include "specdata/SpecDataManager.h"
 #include "specdata/SpectrumEdits.h"
 
@@ -27,6 +28,7 @@ struct SearchOptions {
     std::optional<int> top;
     bool json = false;
     bool clean = false;
+    std::string mode = "dot";
 };
 
 // A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
@@ -95,6 +97,9 @@ Json entriesJson(const LIBRARY_GLOBALS& library, std::size_t shown) {
                                {"locality", library.LOCALITIES[k]},
                                {"chemistry", library.CHEMISTRIES[k]},
                                {"wave", library.MI_WAVE[k]}});
+        if (!library.MATCH_SHIFT.empty()) {
+            entries.back()["shift"] = library.MATCH_SHIFT[k];
+        }
     }
     return entries;
 }
@@ -145,10 +150,11 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
         options.clean ? cleanedValues(x.subspan(first, count), y.subspan(first, count))
                       : std::vector<float>{};
 
+    const SearchMode mode = options.mode == "robust" ? SearchMode::Robust : SearchMode::Dot;
     const auto compilation =
         searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
                       options.clean ? std::span<const float>(cleaned) : y.subspan(first, count),
-                      state.library, terminalProgress());
+                      state.library, mode, terminalProgress());
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
         printCompilation(*compilation, std::cerr);
@@ -158,7 +164,12 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
     if (options.json) {
         const std::size_t shown =
             options.top ? std::min(entries, static_cast<std::size_t>(*options.top)) : entries;
-        std::cout << Json{{"entries", entriesJson(library, shown)}}.dump(2) << '\n';
+        Json result{{"entries", entriesJson(library, shown)}};
+        if (mode == SearchMode::Robust) {
+            result["mode"] = searchModeName(mode);
+            result["no_good_match"] = noGoodMatch(library);
+        }
+        std::cout << result.dump(2) << '\n';
         return 0;
     }
     const int top = options.top.value_or(state.quarvex.preferences.resultsShown);
@@ -167,6 +178,9 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
               << shortestText(x[first + count - 1]) << " (" << count << " points) against "
               << entries << " library entries\n";
     printRanking(library, shown);
+    if (mode == SearchMode::Robust && noGoodMatch(library)) {
+        std::cout << "No good match: the best score is below " << kNoGoodMatchScore << '\n';
+    }
     return 0;
 }
 
@@ -239,6 +253,11 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
     search->add_flag("--json", options->json, "Print JSON instead of a table");
     search->add_flag("--clean", options->clean,
                      "Remove cosmic-ray spikes and the background (ALS) from the range first");
+    search
+        ->add_option("--mode", options->mode,
+                     "dot: the dot-product search (default); robust: background removed, square "
+                     "root, first derivative, best of shifts -3..+3 cm-1")
+        ->check(CLI::IsMember({"dot", "robust"}));
 
     auto json = std::make_shared<bool>(false);
     CLI::App* consistency = app.add_subcommand(

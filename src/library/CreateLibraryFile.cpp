@@ -5,6 +5,7 @@
 #include "common/StagedFiles.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
+#include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
 
@@ -92,7 +93,8 @@ std::vector<std::string> sortedFileNames(const std::filesystem::path& folder) {
 class LibraryFiles {
 public:
     LibraryFiles(const std::filesystem::path& folder, const CommitStepHook& beforeStep)
-        : files_(folder / kLibraryJournalFile, std::string(kLibraryErrorTitle), beforeStep),
+        : folder_(folder),
+          files_(folder / kLibraryJournalFile, std::string(kLibraryErrorTitle), beforeStep),
           slow_(files_.add(folder / kSlowLibraryFile)),
           fast_(files_.add(folder / kFastLibraryFile)),
           nameList_(files_.add(folder / kNameListFile)),
@@ -101,9 +103,15 @@ public:
     SearchFileStreams entryStreams() { return {slow_, fast_, nameInfo_}; }
     std::ostream& nameList() { return nameList_; }
 
-    void commit() { files_.commitAll(); }
+    void commit() {
+        // The robust file is derived from the Slow file: the next robust search derives it anew.
+        std::error_code ignored;
+        std::filesystem::remove(folder_ / kRobustLibraryFile, ignored);
+        files_.commitAll();
+    }
 
 private:
+    std::filesystem::path folder_;
     StagedFiles files_;
     std::ostream& slow_;
     std::ostream& fast_;

@@ -17,6 +17,7 @@ struct LIBRARY_GLOBALS {
     std::vector<std::string> CHEMISTRIES;  ///< chemistry, the whole line
     std::vector<std::string> MI_WAVE;      ///< laser wavelength code, at most 3 characters
     std::vector<double> PERC_MATCH;        ///< score of the last search, 0 to 100
+    std::vector<int> MATCH_SHIFT; ///< best shift of the last robust search, cm-1 (else empty)
     /// Order in which the result list shows the entries (0-based indices); after a search the
     /// ranking, until the list is sorted otherwise.
     std::vector<int> MI_SORTINDEX;

@@ -28,13 +28,13 @@ void drawOffscreenWhenNoWindowIsNeeded(int argc, char** argv) {
     if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         return;
     }
-    const bool noDisplay = qEnvironmentVariableIsEmpty("DISPLAY") &&
-                           qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const bool noDisplay =
+        qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     for (int k = 1; k < argc; ++k) {
         const std::string_view argument = argv[k];
         const bool figure = argument.starts_with("--export") || argument.starts_with("--print-pdf");
-        const bool textAnswer = argument == "--help" || argument == "-h" ||
-                                argument == "--version" || argument == "-v";
+        const bool textAnswer =
+            argument == "--help" || argument == "-h" || argument == "--version" || argument == "-v";
         if (figure || (textAnswer && noDisplay)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
             return;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -94,6 +95,31 @@ TEST_F(LibraryCli, ConsistencyListsTheEntriesThatFail) {
     EXPECT_EQ(entries[3]["file"], "Siderite_M00052_532.txt");
     EXPECT_EQ(entries[3]["rank"], 1);
     EXPECT_TRUE(entries[3]["passes"].get<bool>());
+}
+
+// --mode robust: the sloping calcite first with its shift; --mode dot is the default search;
+// a range narrower than the derivative window and an unknown mode are refused.
+TEST_F(LibraryCli, RobustModeFindsTheSlopingCalcite) {
+    const auto robust =
+        run("search --json --mode robust " + example("calcite_bwtek_532nm_icv.txt"));
+    ASSERT_EQ(robust.status, 0) << robust.err;
+    const auto result = nlohmann::json::parse(robust.out);
+    EXPECT_EQ(result["mode"], "robust");
+    EXPECT_FALSE(result["no_good_match"].get<bool>());
+    EXPECT_EQ(result["entries"][0]["file"], "Calcite_M00014_532.txt");
+    const int shift = result["entries"][0]["shift"].get<int>();
+    EXPECT_LE(std::abs(shift), 3);
+
+    const auto dot = run("search --json --mode dot " + example("calcite_bwtek_532nm_icv.txt"));
+    const auto standard = run("search --json " + example("calcite_bwtek_532nm_icv.txt"));
+    ASSERT_EQ(dot.status, 0) << dot.err;
+    EXPECT_EQ(dot.out, standard.out);
+
+    const auto narrow =
+        run("search --mode robust --range 700:710 " + example("calcite_bwtek_532nm_icv.txt"));
+    EXPECT_NE(narrow.status, 0);
+    EXPECT_NE(narrow.err.find("derivative window"), std::string::npos) << narrow.err;
+    EXPECT_NE(run("search --mode cosine " + example("calcite_bwtek_532nm_icv.txt")).status, 0);
 }
 
 } // namespace
