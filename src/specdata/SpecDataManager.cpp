@@ -5,6 +5,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "specdata/PointOrder.h"
+#include "specdata/SpectrumFileKeys.h"
 #include "specdata/SpectrumFileWriter.h"
 
 #include <cmath>
@@ -14,18 +15,12 @@ namespace quarvex {
 
 namespace {
 
-constexpr std::string_view kNamesKey = "##NAMES=";
-constexpr std::string_view kLocalityKey = "##LOCALITY=";
-constexpr std::string_view kGreltIdKey = "##GRELTID=";
-constexpr std::string_view kChemistryKey = "##CHEMISTRY=";
+using namespace spectrum_file;
+
 constexpr std::string_view kCalOffsetKey = "CAL_OFFSET";
 constexpr std::string_view kCalSlopeKey = "CAL_SLOPE";
 constexpr std::string_view kCalQuadKey = "CAL_QUAD";
 constexpr std::string_view kTwoThetaKey = "TWO_THETA";
-constexpr std::string_view kCommentStart = "<COM>";
-constexpr std::string_view kCommentEnd = "</COM>";
-constexpr std::string_view kDataTypeKey = "dtype:";
-constexpr std::string_view kWaveKey = "wave:";
 constexpr std::string_view kHeaderPrefix = "##"; // header lines of keys the program has no use for
 constexpr std::size_t kPathWidth = 256;
 

@@ -4,21 +4,19 @@
 #include "common/LineReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "specdata/SpectrumFileKeys.h"
 
 namespace quarvex {
 
 namespace {
 
-constexpr std::string_view kCommentStart = "<COM>";
-constexpr std::string_view kCommentEnd = "</COM>";
-constexpr std::string_view kDataTypeKey = "dtype:";
-constexpr std::string_view kWaveKey = "wave:";
+using namespace spectrum_file;
 
 void writeProgramFormat(std::ostream& out, const SpectrumRecord& record) {
-    out << "##NAMES=" << record.header.names << '\n'
-        << "##LOCALITY=" << record.header.locality << '\n'
-        << "##GRELTID=" << record.header.id << '\n'
-        << "##CHEMISTRY=" << record.header.chemistry << '\n'
+    out << kNamesKey << record.header.names << '\n'
+        << kLocalityKey << record.header.locality << '\n'
+        << kGreltIdKey << record.header.id << '\n'
+        << kChemistryKey << record.header.chemistry << '\n'
         << kCommentStart << '\n';
     out << kDataTypeKey << ' ' << record.dtype << '\n'
         << kWaveKey << ' ' << record.waveInfo << '\n';
