@@ -3,6 +3,7 @@
 #include "common/AtomicFile.h"
 #include "common/LineReader.h"
 #include "common/ListReader.h"
+#include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 
 #include <iomanip>
@@ -53,7 +54,7 @@ void writePreferences(const std::filesystem::path& path, Preferences& preference
     file.commit(); // a failure to write the preferences is not reported
 }
 
-void readPreferences(const std::filesystem::path& path, Preferences& preferences) {
+void readValues(const std::filesystem::path& path, Preferences& preferences) {
     LineReader reader(path);
     if (!reader.isOpen()) {
         return;
@@ -75,6 +76,15 @@ void readPreferences(const std::filesystem::path& path, Preferences& preferences
         ListReader values(line);
         readingOn = values.read(value) != FieldStatus::Failed;
     });
+}
+
+// A preferences file that cannot be read (a pipe, a device, a binary file) is passed over like a
+// missing one: the values read before the fault are kept, the rest keep their defaults.
+void readPreferences(const std::filesystem::path& path, Preferences& preferences) {
+    try {
+        readValues(path, preferences);
+    } catch (const QuarvexError&) {
+    }
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace quarvex {
 namespace {
 
@@ -83,6 +85,15 @@ TEST(Preferences, MissingFileKeepsEveryDefault) {
     INI_PREF_SETUP(2, home.path(), read);
     EXPECT_EQ(read.profileSetting, 7);
     INI_PREF_SETUP(1, home.path() / "missing-folder", read); // silently gives up
+}
+
+TEST(Preferences, UnreadableFileKeepsEveryDefaultWithoutAWord) {
+    test::TempFolder home;
+    const std::filesystem::path file = home.path() / "QV.ini";
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); // no writer: opening it must not wait for one
+    Preferences read;
+    EXPECT_NO_THROW(INI_PREF_SETUP(2, home.path(), read));
+    EXPECT_TRUE(samePreferences(read, Preferences{}));
 }
 
 } // namespace
