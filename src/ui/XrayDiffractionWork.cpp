@@ -18,6 +18,7 @@
 #include <QCheckBox>
 #include <QColor>
 #include <QFileInfo>
+#include <QSignalBlocker>
 #include <QTabWidget>
 
 #include <algorithm>
@@ -311,6 +312,9 @@ void XrayDiffractionDock::markDiagnostics() {
     if (p == nullptr || !joint_.ok) {
         return;
     }
+    // Colouring a row is an item change too: without the blocker it would read as a Use toggle
+    // and refine again under this loop.
+    const QSignalBlocker quiet(peakTable_);
     for (const JointLineResult& line : joint_.lines) {
         if (!line.highLeverage && !line.outlier) {
             continue;
