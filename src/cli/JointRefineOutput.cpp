@@ -1,6 +1,7 @@
 // The joint refinement on the command line: options, run, JSON and text.
 #include "cli/JointRefineOutput.h"
 
+#include "cli/RefineOutput.h"
 #include "common/QuarvexError.h"
 #include "xray/FiguresOfMerit.h"
 #include "xray/JointRefineReport.h"
@@ -13,8 +14,6 @@
 namespace quarvex::cli {
 
 namespace {
-
-constexpr std::array<const char*, 6> kCellNames{"a", "b", "c", "alpha", "beta", "gamma"};
 
 Json valueOrNull(bool present, double value) {
     return present ? Json(value) : Json(nullptr);
@@ -122,13 +121,7 @@ void addJointJson(Json& json, const JointRefineResult& result) {
 void printJointText(const JointRefineResult& result) {
     std::printf("Joint refinement in 2-theta, %d lines, %d parameters\n", result.n, result.p);
     for (int m = 0; m < 6; ++m) {
-        const int decimals = m < 3 ? 5 : 4;
-        std::printf("  %-6s = %12.*f", kCellNames[m], decimals, result.cell[m]);
-        if (result.esd[m] > 0.0) {
-            std::printf(" +/- %.*f (floor %.*f)", decimals, result.esd[m], decimals,
-                        result.esdFloor[m]);
-        }
-        std::printf("\n");
+        printCellParameter(m, result.cell[m], result.esd[m], result.esdFloor[m]);
     }
     std::printf("  %-6s = %12.3f +/- %.3f (floor %.3f)\n", "volume", result.volume,
                 result.volumeEsd, result.volumeEsdFloor);

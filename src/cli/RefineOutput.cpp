@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <iostream>
+#include <optional>
 
 namespace quarvex::cli {
 
@@ -54,16 +55,23 @@ Json refineResultJson(const INOUTPARMS& io, const DATASTFF& data) {
                 {"table", table}};
 }
 
+void printCellParameter(int m, double value, double esd, std::optional<double> esdFloor) {
+    const int decimals = m < 3 ? 5 : 4;
+    std::printf("  %-6s = %12.*f", kCellNames[m], decimals, value);
+    if (esd > 0.0) {
+        std::printf(" +/- %.*f", decimals, esd);
+        if (esdFloor) {
+            std::printf(" (floor %.*f)", decimals, *esdFloor);
+        }
+    }
+    std::printf("\n");
+}
+
 void printRefineText(const INOUTPARMS& io, const DATASTFF& data) {
     std::printf("Refined cell, %s, %d reflections\n", std::string(trimmed(data.XTLSYS)).c_str(),
                 data.NREF);
     for (int m = 0; m < 6; ++m) {
-        const int decimals = m < 3 ? 5 : 4;
-        std::printf("  %-6s = %12.*f", kCellNames[m], decimals, data.CELL[m]);
-        if (data.ERROR[m] > 0.0) {
-            std::printf(" +/- %.*f", decimals, data.ERROR[m]);
-        }
-        std::printf("\n");
+        printCellParameter(m, data.CELL[m], data.ERROR[m]);
     }
     std::printf("  %-6s = %12.3f +/- %.3f\n", "volume", io.volume, io.volumeError);
     std::printf("  rmse          %.5E (weighted Q = 1/d^2, 1/A^2)\n", io.rmse);
