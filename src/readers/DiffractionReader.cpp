@@ -14,6 +14,7 @@
 #include <array>
 #include <clocale>
 #include <cmath>
+#include <limits>
 #include <locale.h>
 #include <memory>
 #include <optional>
@@ -175,25 +176,41 @@ void addMetaComments(const xylib::MetaData& meta, SpectrumRecord& record) {
     }
 }
 
-// The x (column 1) and y (column 2) of a block; false when it has no such pair.
-bool readBlock(const xylib::Block& block, SpectrumRecord& record) {
+// A value xylib read, as a float; false when it is not finite as one.
+bool asFiniteFloat(double value, float& result) {
+    if (!(std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max()))) {
+        return false; // also NaN; converting beyond the float range is undefined
+    }
+    result = static_cast<float>(value);
+    return true;
+}
+
+enum class BlockRead { Read, NoPair, NotFinite };
+
+// The x (column 1) and y (column 2) of a block.
+BlockRead readBlock(const xylib::Block& block, SpectrumRecord& record) {
     const int points = block.get_point_count();
     if (block.get_column_count() < 2 || points < 1) {
-        return false;
+        return BlockRead::NoPair;
     }
     const xylib::Column& x = block.get_column(1);
     const xylib::Column& y = block.get_column(2);
     record.x.resize(static_cast<std::size_t>(points));
     record.y.resize(static_cast<std::size_t>(points));
     for (int k = 0; k < points; ++k) {
-        record.x[static_cast<std::size_t>(k)] = static_cast<float>(x.get_value(k));
-        record.y[static_cast<std::size_t>(k)] = static_cast<float>(y.get_value(k));
+        const auto at = static_cast<std::size_t>(k);
+        if (!asFiniteFloat(x.get_value(k), record.x[at]) ||
+            !asFiniteFloat(y.get_value(k), record.y[at])) {
+            return BlockRead::NotFinite;
+        }
     }
-    return true;
+    return BlockRead::Read;
 }
 
-bool allFinite(const std::vector<float>& values) {
-    return std::all_of(values.begin(), values.end(), [](float v) { return std::isfinite(v); });
+// xylib reads a Philips UDF scan up to where the text ends; a whole one closes with '/'.
+bool udfScanClosed(std::string_view bytes) {
+    const std::size_t last = bytes.find_last_not_of(" \t\r\n");
+    return last != std::string_view::npos && bytes[last] == '/';
 }
 
 } // namespace
@@ -222,6 +239,9 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
     if (format == nullptr) {
         fail(path, "not in a diffraction format Quarvex reads");
     }
+    if (std::string_view(format) == "philips_udf" && !udfScanClosed(bytes)) {
+        fail(path, "the Philips UDF scan is cut short (no closing '/')");
+    }
     std::unique_ptr<xylib::DataSet> dataSet;
     try {
         dataSet.reset(xylib::load_string(bytes, format));
@@ -237,13 +257,17 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
     for (int b = 0; b < dataSet->get_block_count(); ++b) {
         const xylib::Block& block = *dataSet->get_block(b);
         SpectrumRecord record;
-        if (!readBlock(block, record)) {
+        const BlockRead read = readBlock(block, record);
+        if (read == BlockRead::NoPair) {
             continue;
         }
-        if (!allFinite(record.x) || !allFinite(record.y)) {
-            fail(path, "scan " + std::to_string(b + 1) +
-                           " holds a value that is not a finite "
-                           "number");
+        const std::string scan = "scan " + std::to_string(b + 1);
+        if (read == BlockRead::NotFinite) {
+            fail(path, scan + " holds a value that is not a finite number");
+        }
+        const auto [least, most] = std::minmax_element(record.x.begin(), record.x.end());
+        if (record.x.size() > 1 && *least == *most) {
+            fail(path, scan + ": 2-theta does not advance (a step of 0)");
         }
         orderByAscendingX(record.x, record.y);
         record.dtype = std::string(kDiffractionType);

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <string>
 
 namespace quarvex {
@@ -279,7 +280,9 @@ std::vector<SpectrumRecord> readSpcFile(const std::filesystem::path& path) {
         unsupported(path, version);
     }
     const Layout layout = version == kNewFormat ? newLayout(bytes, path) : oldLayout(bytes, path);
-    if (!std::isfinite(layout.firstX) || !std::isfinite(layout.lastX)) {
+    // x is single precision: ends beyond its range are as meaningless as infinite ones.
+    constexpr double kLargestX = std::numeric_limits<float>::max();
+    if (!(std::abs(layout.firstX) <= kLargestX) || !(std::abs(layout.lastX) <= kLargestX)) {
         unsupported(path, layout.flags);
     }
     const bool xyPerSubfile = (layout.flags & kXyPerSubfile) != 0;

@@ -2,6 +2,7 @@
 // the counts, ends and extremes the script stored; every refused file gives its message.
 #include "readers/SpcReader.h"
 
+#include "ReaderTestTables.h"
 #include "common/QuarvexError.h"
 
 #include "TestSupport.h"
@@ -9,36 +10,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 
 namespace quarvex {
 namespace {
 
-std::vector<std::vector<std::string>> tableRows(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    std::vector<std::vector<std::string>> rows;
-    for (std::string line; std::getline(in, line);) {
-        std::vector<std::string> fields;
-        std::istringstream fieldStream(line);
-        for (std::string field; std::getline(fieldStream, field, '\t');) {
-            fields.push_back(field);
-        }
-        rows.push_back(std::move(fields));
-    }
-    return rows;
-}
-
-// The script stores single-precision values written as doubles: equal to a float's rounding.
-void expectNear(float actual, const std::string& expected, const std::string& what) {
-    const double truth = std::stod(expected);
-    EXPECT_NEAR(actual, truth, 1e-6 * std::max(1.0, std::abs(truth))) << what;
-}
-
 TEST(SpcReader, EveryVariantGivesTheStoredValues) {
     const auto folder = test::sourcePath("tests/readers/data/spc");
-    const auto rows = tableRows(folder / "expected.tsv");
+    const auto rows = test::tableRows(folder / "expected.tsv");
     ASSERT_GE(rows.size(), 12U);
     std::string loadedFile;
     std::vector<SpectrumRecord> records;
@@ -54,11 +33,11 @@ TEST(SpcReader, EveryVariantGivesTheStoredValues) {
         const SpectrumRecord& record = records[sub];
         ASSERT_EQ(record.x.size(), static_cast<std::size_t>(std::stoi(row[2]))) << what;
         ASSERT_EQ(record.y.size(), record.x.size()) << what;
-        expectNear(record.x.front(), row[3], what + " first x");
-        expectNear(record.x.back(), row[4], what + " last x");
+        test::expectNear(record.x.front(), row[3], what + " first x");
+        test::expectNear(record.x.back(), row[4], what + " last x");
         const auto [yMin, yMax] = std::minmax_element(record.y.begin(), record.y.end());
-        expectNear(*yMin, row[5], what + " smallest y");
-        expectNear(*yMax, row[6], what + " largest y");
+        test::expectNear(*yMin, row[5], what + " smallest y");
+        test::expectNear(*yMax, row[6], what + " largest y");
         EXPECT_EQ(record.dtype, row[7]) << what;
         EXPECT_EQ(record.name, row[8]) << what;
         EXPECT_TRUE(std::is_sorted(record.x.begin(), record.x.end())) << what;
@@ -81,7 +60,7 @@ TEST(SpcReader, UnitsWithoutAnAxisAreKeptAndSaid) {
 
 TEST(SpcReader, RefusedFilesGiveTheirMessage) {
     const auto folder = test::sourcePath("tests/readers/data/spc_bad");
-    const auto rows = tableRows(folder / "expected.tsv");
+    const auto rows = test::tableRows(folder / "expected.tsv");
     ASSERT_GE(rows.size(), 13U);
     for (const auto& row : rows) {
         ASSERT_EQ(row.size(), 2U);

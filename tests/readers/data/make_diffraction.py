@@ -97,7 +97,7 @@ counts = scan(15.0, 0.025, 80, 4)
 write("scan.cpi",
       "SIETRONICS XRD SCAN\n15.00\n16.975\n0.025\nCu\n1.54056\n01/01/2000\n1.0\ntest scan\n"
       "SCANDATA\n" + lines_of(counts, 1, "{}"))
-expect("scan.cpi", 15.0, 0.025, counts, "1.54056")
+expect("scan.cpi", 15.0, 0.025, counts)  # xylib does not pass the wavelength line on
 
 # START, STEP, STOP in (3F8.2, A48), then counts in 8(F7.0,1X).
 counts = scan(8.0, 0.05, 96, 5)
