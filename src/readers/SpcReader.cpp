@@ -32,6 +32,7 @@ constexpr std::size_t kOldHeaderBytes = 256;
 constexpr std::size_t kSubheaderBytes = 32;
 constexpr std::size_t kOldFirstSubheader = 224; // the old layout keeps it inside the header
 constexpr std::int32_t kFloatExponent = -128;   // exponent byte 0x80: y are 32-bit floats
+constexpr std::int64_t kMaxSubfiles = 100000;
 
 // x unit codes the program knows an axis for; every other unit keeps its x as read.
 constexpr std::uint8_t kUnitWavenumber = 1;
@@ -254,14 +255,18 @@ bool looksLikeSpc(std::string_view head, std::string_view extensionLower) {
     if (extensionLower == "spc") {
         return true;
     }
-    if (head.size() < kOldHeaderBytes) {
+    // The binary counts and coordinates of the header hold zero bytes, which no text has: a
+    // text line whose second letter is 'K' or 'M' is not taken for a version byte.
+    constexpr std::size_t kCountFields = 32;
+    if (head.size() < kOldHeaderBytes ||
+        head.substr(0, kCountFields).find('\0') == std::string_view::npos) {
         return false;
     }
     const auto version = static_cast<std::uint8_t>(head[1]);
     if (version == kOldFormat) {
         return true;
     }
-    // The new layout: a positive point count and an exponent byte of 0x80 or a small integer.
+    // The new layout: an exponent byte of 0x80 or a small integer.
     if (version != kNewFormat || head.size() < kNewHeaderBytes) {
         return false;
     }
@@ -299,14 +304,15 @@ std::vector<SpectrumRecord> readSpcFile(const std::filesystem::path& path) {
             sharedX = evenlySpacedX(layout);
         }
     }
-    // Each subfile must hold at least its subheader, so the count is bounded by the file.
-    if (static_cast<std::uint64_t>(layout.subfiles) > bytes.size() / kSubheaderBytes) {
+    // Each subfile must hold at least its subheader, so the count is bounded by the file; more
+    // spectra than kMaxSubfiles are beyond what the program can hold loaded at once.
+    if (static_cast<std::uint64_t>(layout.subfiles) > bytes.size() / kSubheaderBytes ||
+        layout.subfiles > kMaxSubfiles) {
         unsupported(path, layout.flags);
     }
     const std::string fileName = path.filename().string();
     const std::string baseName = layout.memo.empty() ? fileName : layout.memo;
     std::vector<SpectrumRecord> records;
-    records.reserve(static_cast<std::size_t>(layout.subfiles));
     for (std::int64_t sub = 0; sub < layout.subfiles; ++sub) {
         if (at + kSubheaderBytes > bytes.size()) {
             unsupported(path, layout.flags);

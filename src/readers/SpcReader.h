@@ -10,7 +10,8 @@
 namespace quarvex {
 
 /// True when `head` (the first up to 4096 bytes of a file) starts like an SPC file: a version
-/// byte of 0x4B or 0x4D after the flag byte and a header that fits, or the extension "spc".
+/// byte of 0x4B or 0x4D after the flag byte, a header that fits and binary (zero) bytes among
+/// its counts; or the extension "spc".
 /// Files whose version byte is another value but carry the extension are claimed too, so that
 /// the reader can say which type it does not support.
 bool looksLikeSpc(std::string_view head, std::string_view extensionLower);

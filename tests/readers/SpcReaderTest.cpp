@@ -99,6 +99,8 @@ TEST(SpcReader, DetectionByContentAndExtension) {
         {newHead.substr(0, 300), "", false}, // too short for the new header
         {std::string(600, 'a'), "txt", false},
         {"1 2\n3 4\n" + std::string(600, ' '), "", false},
+        {"OK, 4 lines of text\n" + std::string(600, '-'), "", false}, // 'K' second
+        {"#MINERAL=Quartz\n" + std::string(600, '-'), "txt", false},  // 'M' second
     };
     for (const Case& c : cases) {
         EXPECT_EQ(looksLikeSpc(c.head, c.extension), c.expected)
