@@ -64,7 +64,9 @@ TEST(DiffractionReader, BadFilesGiveAMessage) {
     const std::string udf = test::readFile(scans() / "scan.udf");
     std::string farEnd = xrdml;
     farEnd.replace(farEnd.find("30.000</end"), 6, "1e300");
-    std::string infinite = "1 2\n3 4\n5 inf\n";
+    std::string countBeyond = test::readFile(scans() / "scan_rigaku.dat");
+    countBeyond.replace(countBeyond.find("=  150\n"), 7, "=  150000000\n");
+    const std::string infinite = "1 2\n3 4\n5 inf\n";
     struct Case {
         std::string name;
         std::string content;
@@ -81,6 +83,7 @@ TEST(DiffractionReader, BadFilesGiveAMessage) {
         {"cut.xrdml", xrdml.substr(0, 1500), "cannot be read as"},
         {"far.xrdml", farEnd, "not a finite number"},
         {"cut.udf", udf.substr(0, 600), "cut short"},
+        {"count_beyond.dat", countBeyond, "cannot be read as"},
         {"no_counts.uxd", "_FILEVERSION = 1\n_START = 10\n_STEPSIZE = 0.02\n_COUNTS\n",
          "cannot be read as"},
         {"flat.dbw", "    8.00    0.00   12.75test\n 1 2 3\n", "does not advance"},
