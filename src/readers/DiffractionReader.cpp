@@ -242,12 +242,14 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
     if (std::string_view(format) == "philips_udf" && !udfScanClosed(bytes)) {
         fail(path, "the Philips UDF scan is cut short (no closing '/')");
     }
-    std::unique_ptr<xylib::DataSet> dataSet;
+    // The data set is ours from the start: xylib's load functions lose it when reading throws.
+    const xylib::FormatInfo* info = formatNamed(format);
+    const std::unique_ptr<xylib::DataSet> dataSet(info->ctor());
     try {
-        dataSet.reset(xylib::load_string(bytes, format));
+        std::istringstream stream(bytes);
+        dataSet->load_data(stream, path.c_str());
     } catch (const std::exception& error) {
-        fail(path,
-             std::string("cannot be read as ") + formatNamed(format)->desc + ": " + error.what());
+        fail(path, std::string("cannot be read as ") + info->desc + ": " + error.what());
     }
     std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
     if (!fileWavelength && std::string_view(format) == "xrdml") {
@@ -275,14 +277,13 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
         if (wavelength || fileWavelength) {
             record.waveInfo = shortestText(wavelength ? *wavelength : *fileWavelength);
         }
-        record.comments.push_back(std::string("format: ") + formatNamed(format)->desc);
+        record.comments.push_back(std::string("format: ") + info->desc);
         addMetaComments(dataSet->meta, record);
         addMetaComments(block.meta, record);
         records.push_back(std::move(record));
     }
     if (records.empty()) {
-        fail(path, "no scan with 2-theta and counts in this " +
-                       std::string(formatNamed(format)->desc) + " file");
+        fail(path, "no scan with 2-theta and counts in this " + std::string(info->desc) + " file");
     }
     const std::string base = path.filename().string();
     for (std::size_t k = 0; k < records.size(); ++k) {
