@@ -4,6 +4,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "readers/ReaderFiles.h"
+#include "readers/XyColumns.h"
 #include "specdata/PointOrder.h"
 #include "specdata/SpecDataManager.h"
 #include "xray/XrayWorkflow.h"
@@ -38,15 +39,15 @@ struct ExtensionFormat {
     std::string_view extension;
     const char* format;
 };
-constexpr std::array<ExtensionFormat, 6> kExtensionFormats = {{{"dat", "riet7"},
-                                                               {"dbw", "dbws"},
-                                                               {"rit", "dbws"},
-                                                               {"neu", "dbws"},
-                                                               {"xy", "text"},
-                                                               {"xye", "text"}}};
+constexpr std::array<ExtensionFormat, 4> kExtensionFormats = {
+    {{"dat", "riet7"}, {"dbw", "dbws"}, {"rit", "dbws"}, {"neu", "dbws"}}};
 
-constexpr std::array<std::string_view, 13> kClaimedExtensions = {
-    "raw", "rd", "sd", "xrdml", "udf", "uxd", "cpi", "dbw", "rit", "neu", "xy", "xye", "brml"};
+// Column files are read by our own reader: xylib's text reader can loop for ever on a mangled
+// one (found by fuzzing).
+constexpr std::array<std::string_view, 2> kColumnExtensions = {"xy", "xye"};
+
+constexpr std::array<std::string_view, 11> kClaimedExtensions = {
+    "raw", "rd", "sd", "xrdml", "udf", "uxd", "cpi", "dbw", "rit", "neu", "brml"};
 
 // Bruker's version 4 files (and the zipped .brml) are beyond xylib.
 constexpr std::string_view kRawVersion4Magic = "RAW4.00";
@@ -247,27 +248,11 @@ bool udfScanClosed(std::string_view bytes) {
     return last != std::string_view::npos && bytes[last] == '/';
 }
 
-} // namespace
-
-bool looksLikeDiffractionFile(std::string_view head, std::string_view extensionLower) {
-    if (std::find(kClaimedExtensions.begin(), kClaimedExtensions.end(), extensionLower) !=
-        kClaimedExtensions.end()) {
-        return true;
-    }
-    const ClassicNumbers classic;
-    return head.starts_with(kRawVersion4Magic) || formatOf(head, extensionLower) != nullptr;
-}
-
-std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& path) {
-    const std::string bytes = readFileBytes(path);
-    const std::string extension = lowerExtension(path);
-    if (std::string_view(bytes).starts_with(kRawVersion4Magic)) {
-        fail(path, "Bruker RAW version 4 is not supported (versions 1 to 3 are)");
-    }
-    if (extension == "brml" || (extension == "raw" && bytes.starts_with(kZipMagic))) {
-        fail(path, "Bruker .brml files are not supported: export the scan as RAW version 3, "
-                   "UXD or XY");
-    }
+// The scans of a file in one of xylib's formats, with the wavelength and the metadata; x and
+// y as read.
+std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
+                                          const std::filesystem::path& path,
+                                          const std::string& extension) {
     const ClassicNumbers classic;
     const char* format = formatOf(bytes, extension);
     if (format == nullptr) {
@@ -301,16 +286,10 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
         if (read == BlockRead::NoPair) {
             continue;
         }
-        const std::string scan = "scan " + std::to_string(b + 1);
         if (read == BlockRead::NotFinite) {
-            fail(path, scan + " holds a value that is not a finite number");
+            fail(path,
+                 "scan " + std::to_string(b + 1) + " holds a value that is not a finite number");
         }
-        const auto [least, most] = std::minmax_element(record.x.begin(), record.x.end());
-        if (record.x.size() > 1 && *least == *most) {
-            fail(path, scan + ": 2-theta does not advance (a step of 0)");
-        }
-        orderByAscendingX(record.x, record.y);
-        record.dtype = std::string(kDiffractionType);
         const std::optional<double> wavelength = wavelengthIn(block.meta);
         if (wavelength || fileWavelength) {
             record.waveInfo = shortestText(wavelength ? *wavelength : *fileWavelength);
@@ -323,9 +302,55 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
     if (records.empty()) {
         fail(path, "no scan with 2-theta and counts in this " + std::string(info->desc) + " file");
     }
+    return records;
+}
+
+} // namespace
+
+bool looksLikeDiffractionFile(std::string_view head, std::string_view extensionLower) {
+    if (std::find(kClaimedExtensions.begin(), kClaimedExtensions.end(), extensionLower) !=
+            kClaimedExtensions.end() ||
+        std::find(kColumnExtensions.begin(), kColumnExtensions.end(), extensionLower) !=
+            kColumnExtensions.end()) {
+        return true;
+    }
+    const ClassicNumbers classic;
+    return head.starts_with(kRawVersion4Magic) || formatOf(head, extensionLower) != nullptr;
+}
+
+std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& path) {
+    const std::string bytes = readFileBytes(path);
+    const std::string extension = lowerExtension(path);
+    if (std::string_view(bytes).starts_with(kRawVersion4Magic)) {
+        fail(path, "Bruker RAW version 4 is not supported (versions 1 to 3 are)");
+    }
+    if (extension == "brml" || (extension == "raw" && bytes.starts_with(kZipMagic))) {
+        fail(path, "Bruker .brml files are not supported: export the scan as RAW version 3, "
+                   "UXD or XY");
+    }
+    std::vector<SpectrumRecord> records;
+    if (std::find(kColumnExtensions.begin(), kColumnExtensions.end(), extension) !=
+        kColumnExtensions.end()) {
+        records.push_back(readXyColumns(bytes, path));
+    } else {
+        records = readXylibFile(bytes, path, extension);
+    }
     const std::string base = path.filename().string();
     for (std::size_t k = 0; k < records.size(); ++k) {
-        nameRecord(records[k], path, base, k, records.size());
+        SpectrumRecord& record = records[k];
+        const std::string scan = "scan " + std::to_string(k + 1);
+        const auto notFinite = [](float v) { return !std::isfinite(v); };
+        if (std::any_of(record.x.begin(), record.x.end(), notFinite) ||
+            std::any_of(record.y.begin(), record.y.end(), notFinite)) {
+            fail(path, scan + " holds a value that is not a finite number");
+        }
+        const auto [least, most] = std::minmax_element(record.x.begin(), record.x.end());
+        if (record.x.size() > 1 && *least == *most) {
+            fail(path, scan + ": 2-theta does not advance (a step of 0)");
+        }
+        orderByAscendingX(record.x, record.y);
+        record.dtype = std::string(kDiffractionType);
+        nameRecord(record, path, base, k, records.size());
     }
     return records;
 }

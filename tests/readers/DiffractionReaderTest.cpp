@@ -94,7 +94,9 @@ TEST(DiffractionReader, BadFilesGiveAMessage) {
         {"flat.dbw", "    8.00    0.00   12.75test\n 1 2 3\n", "does not advance"},
         {"bad_step.dat", "c\n  12.0  -0.03  15.0\n1 2 3\n", "not in a diffraction format"},
         {"infinite.xy", infinite, "not a finite number"},
-        {"words.xy", "two theta and counts\nnone here\n", "cannot be read as Text"},
+        {"words.xy", "two theta and counts\nnone here\n", "no line with 2-theta and counts"},
+        {"broken.xye", "# 2theta counts error\n10 5 1\n10.02 6 1\nten 7 1\n",
+         "line 4: not 2-theta and counts"},
         {"letter.txt", "Dear reader,\nthis is a letter.\n", "not in a diffraction format"},
         {"empty.xrdml", "", "not in a diffraction format"},
     };
