@@ -16,6 +16,7 @@ packages=(
     xvfb xauth fonts-dejavu-core
     desktop-file-utils
     qt6-svg-dev poppler-utils
+    libxy-dev
 )
 if [[ ${QUARVEX_FUZZ:-OFF} == ON ]]; then
     packages+=(clang libclang-rt-14-dev)

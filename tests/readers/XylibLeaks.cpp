@@ -1,0 +1,2 @@
+// The leak-checker suppression of xylib for the readers' test program.
+#include "XylibLeaks.h"
