@@ -3,6 +3,7 @@
 #include "xray/CifPattern.h"
 
 #include "common/QuarvexError.h"
+#include "xray/CifStructure.h"
 #include "xray/XraySymmetry.h"
 
 #include <gemmi/it92.hpp>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
 #include <string>
 
@@ -222,6 +224,21 @@ DiffFileRecord cifReferencePattern(const CifCrystal& crystal, const CifPatternSe
         record.notes.push_back("no reflection lies in the 2-theta range");
     }
     return record;
+}
+
+std::vector<std::string> cifPatternDescription(const std::string& cifName,
+                                               const CifPatternSettings& settings) {
+    char conditions[200];
+    std::snprintf(
+        conditions, sizeof conditions,
+        "  wavelength %.6f A, 2-theta %g-%g deg, default U_iso %g A^2, no anomalous terms,",
+        settings.wavelength, settings.twoThetaMin, settings.twoThetaMax, settings.defaultUIso);
+    char merging[200];
+    std::snprintf(merging, sizeof merging,
+                  "  lines closer than %g A in d merged, lines below %g left out.",
+                  settings.dTolerance, settings.smallestIntensity);
+    return {"computed from " + cifName + " by Quarvex (IT92 form factors):", conditions,
+            "  I = |F|^2 x multiplicity x (1 + cos^2 2theta) / (sin^2 theta cos theta),", merging};
 }
 
 DiffFileRecord readCifReference(const std::filesystem::path& path,

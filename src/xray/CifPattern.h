@@ -2,12 +2,15 @@
 // with their multiplicities, |F|^2 and Lorentz-polarisation, as a reference pattern.
 #pragma once
 
-#include "xray/CifStructure.h"
 #include "xray/DiffFileReader.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace quarvex {
+
+struct CifCrystal;
 
 /// Cu K-alpha1, A: the wavelength of the shipped reference files.
 inline constexpr double kCopperKAlpha1 = 1.540562;
@@ -38,6 +41,11 @@ void checkCifPatternSettings(const CifPatternSettings& settings);
 /// `folder` are left empty. Throws QuarvexError when the range holds more than
 /// kMaxCifHklTriplets triplets.
 DiffFileRecord cifReferencePattern(const CifCrystal& crystal, const CifPatternSettings& settings);
+
+/// The lines of the "For reference:" section of a pattern's ".out" file: its origin and how it
+/// was computed.
+std::vector<std::string> cifPatternDescription(const std::string& cifName,
+                                               const CifPatternSettings& settings);
 
 /// readCifCrystal then cifReferencePattern, with the file's name and folder.
 DiffFileRecord readCifReference(const std::filesystem::path& path,

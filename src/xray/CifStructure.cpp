@@ -3,6 +3,7 @@
 #include "xray/CifStructure.h"
 
 #include "common/QuarvexError.h"
+#include "common/TextUtils.h"
 
 #include <gemmi/cif.hpp>
 #include <gemmi/it92.hpp>
@@ -36,7 +37,7 @@ constexpr std::array<const char*, 3> kPositionTags{"_atom_site_fract_x", "_atom_
 class CifCrystalReader {
 public:
     explicit CifCrystalReader(const std::filesystem::path& path)
-        : file_(path.filename().string()) {}
+        : file_(path.filename().string()), stem_(path.stem().string()) {}
 
     [[noreturn]] void fail(const std::string& what) const {
         throw QuarvexError(file_ + ": " + what, std::string(kCifErrorTitle));
@@ -59,15 +60,19 @@ private:
     void readSites(gemmi::cif::Block& block);
 
     std::string file_;
+    std::string stem_;
     CifCrystal crystal_;
 };
 
 CifCrystal CifCrystalReader::read(gemmi::cif::Block& block) {
     crystal_.structure = gemmi::make_small_structure_from_block(block);
-    crystal_.title = block.name;
+    crystal_.title = stem_;
     for (const char* tag : kTitleTags) {
-        if (std::string name = value(block, tag); !name.empty()) {
-            crystal_.title = std::move(name);
+        // The first line of the name: it becomes the title line of the ".out" file.
+        const std::string name = value(block, tag);
+        const std::string_view line = trimmed(std::string_view(name).substr(0, name.find('\n')));
+        if (!line.empty() && line != "?" && line != ".") {
+            crystal_.title = std::string(line);
             break;
         }
     }

@@ -17,7 +17,7 @@ inline constexpr std::string_view kCifErrorTitle = "CIF Reference";
 
 /// What a CIF gives for a pattern.
 struct CifCrystal {
-    std::string title;      ///< the mineral's name, else the common name, else the data block's
+    std::string title;      ///< the mineral's, common or systematic name, else the file's base name
     std::string spaceGroup; ///< Hermann-Mauguin symbol with blanks ("P 32 2 1"); may be empty
     /// Cell and sites (occupancies as in the CIF, U in A^2), cell images set from `group`.
     gemmi::SmallStructure structure;
