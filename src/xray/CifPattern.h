@@ -6,11 +6,15 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quarvex {
 
 struct CifCrystal;
+
+/// Title of the messages about CIFs.
+inline constexpr std::string_view kCifErrorTitle = "CIF Reference";
 
 /// Cu K-alpha1, A: the wavelength of the shipped reference files.
 inline constexpr double kCopperKAlpha1 = 1.540562;

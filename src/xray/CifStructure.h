@@ -2,6 +2,8 @@
 // symmetry operators or its name) and the atom sites, every problem named by its CIF item.
 #pragma once
 
+#include "xray/CifPattern.h" // kCifErrorTitle
+
 #include <gemmi/small.hpp>
 #include <gemmi/symmetry.hpp>
 
@@ -11,9 +13,6 @@
 #include <vector>
 
 namespace quarvex {
-
-/// Title of the messages about CIFs.
-inline constexpr std::string_view kCifErrorTitle = "CIF Reference";
 
 /// What a CIF gives for a pattern.
 struct CifCrystal {
