@@ -18,6 +18,8 @@ inline constexpr std::string_view kDiffFileDialogTitle = "Diffraction Data File"
 inline constexpr std::string_view kDiffFileDialogFilter =
     "Diffraction Data Files (*.out)|*.out|Text Data Files (*.txt)|*.txt|Other Data Files "
     "(*.dat)|*.dat|All Files (*.*)|*.*|";
+/// The open dialog's further entry, after the specified ones: a CIF's pattern is computed.
+inline constexpr std::string_view kCifFileDialogFilter = "Crystal Structures (*.cif)|*.cif|";
 /// Extension of the import records.
 inline constexpr std::string_view kImportRecordExtension = ".imp";
 
