@@ -34,6 +34,8 @@ constexpr std::array<const char*, 3> kTitleTags{"_chemical_name_mineral", "_chem
 constexpr std::array<const char*, 3> kPositionTags{"_atom_site_fract_x", "_atom_site_fract_y",
                                                    "_atom_site_fract_z"};
 
+constexpr std::size_t kMaxSpaceGroupOrder = 192;
+
 class CifCrystalReader {
 public:
     explicit CifCrystalReader(const std::filesystem::path& path)
@@ -56,6 +58,7 @@ private:
     void readCell(gemmi::cif::Block& block);
     void readGroup(gemmi::cif::Block& block);
     bool groupFromOperators(gemmi::cif::Block& block);
+    void requireClosed(const gemmi::GroupOps& group, const char* tag) const;
     void useGroup(const gemmi::SpaceGroup& group);
     void readSites(gemmi::cif::Block& block);
 
@@ -166,6 +169,10 @@ bool CifCrystalReader::groupFromOperators(gemmi::cif::Block& block) {
             } catch (const std::exception&) {
                 fail("symmetry operator \"" + text + "\" (\"" + tag + "\") cannot be read");
             }
+            if (operators.back().rot_type() == 0) {
+                fail("symmetry operator \"" + text + "\" (\"" + tag +
+                     "\") is not a rotation or rotoinversion of a lattice");
+            }
         }
         gemmi::GroupOps group = gemmi::split_centering_vectors(operators);
         std::sort(group.cen_ops.begin(), group.cen_ops.end()); // the zero shift first
@@ -174,6 +181,7 @@ bool CifCrystalReader::groupFromOperators(gemmi::cif::Block& block) {
         if (group.cen_ops.empty() || group.cen_ops.front() != gemmi::Op::Tran{0, 0, 0}) {
             group.cen_ops.insert(group.cen_ops.begin(), gemmi::Op::Tran{0, 0, 0});
         }
+        requireClosed(group, tag);
         crystal_.group = std::move(group);
         if (const gemmi::SpaceGroup* known = gemmi::find_spacegroup_by_ops(crystal_.group)) {
             crystal_.spaceGroup = known->xhm();
@@ -199,6 +207,21 @@ bool CifCrystalReader::groupFromOperators(gemmi::cif::Block& block) {
         return true;
     }
     return false;
+}
+
+// A list that is not a group would make a pattern of nothing in particular; the largest
+// space groups have 192 operations.
+void CifCrystalReader::requireClosed(const gemmi::GroupOps& group, const char* tag) const {
+    const std::vector<gemmi::Op> all = group.all_ops_sorted();
+    bool closed = all.size() <= kMaxSpaceGroupOrder;
+    for (std::size_t i = 0; closed && i < all.size(); ++i) {
+        for (std::size_t j = 0; closed && j < all.size(); ++j) {
+            closed = std::binary_search(all.begin(), all.end(), all[i] * all[j]);
+        }
+    }
+    if (!closed) {
+        fail("the symmetry operators (\"" + std::string(tag) + "\") do not form a space group");
+    }
 }
 
 void CifCrystalReader::useGroup(const gemmi::SpaceGroup& group) {
