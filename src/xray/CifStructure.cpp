@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <exception>
 #include <utility>
@@ -35,6 +36,21 @@ constexpr std::array<const char*, 3> kPositionTags{"_atom_site_fract_x", "_atom_
                                                    "_atom_site_fract_z"};
 
 constexpr std::size_t kMaxSpaceGroupOrder = 192;
+
+// The element a site label begins with: its first two letters when they name one ("Ca1"),
+// else its first letter ("OW1", "O1w"); X when neither does.
+gemmi::El elementOfLabel(const std::string& label) {
+    const auto letter = [&](std::size_t i) {
+        return i < label.size() && std::isalpha(static_cast<unsigned char>(label[i])) != 0;
+    };
+    if (letter(0) && letter(1)) {
+        const gemmi::El pair = gemmi::find_element(label.substr(0, 2).c_str());
+        if (pair != gemmi::El::X) {
+            return pair;
+        }
+    }
+    return letter(0) ? gemmi::find_element(label.substr(0, 1).c_str()) : gemmi::El::X;
+}
 
 class CifCrystalReader {
 public:
@@ -251,7 +267,7 @@ void CifCrystalReader::readSites(gemmi::cif::Block& block) {
             }
         }
         if (site.element == gemmi::El::X) {
-            gemmi::split_element_and_charge(site.label, &site); // "O1w" typed "X": oxygen
+            site.element = elementOfLabel(site.label); // water oxygens typed "X" or "OW1"
         }
         if (site.element == gemmi::El::X || !gemmi::IT92<double>::has(site.element.elem)) {
             fail("atom site \"" + site.label +

@@ -84,8 +84,8 @@ TEST(CifProblemsTest, EveryProblemNamesItsItem) {
          "\"_atom_site_fract_x\" is missing"},
         {"unknown position", quartz(kCell, kName, kOperators, replaced(kSites, "0.7856", "?")),
          "\"O1\": \"_atom_site_fract_z\" is not a number"},
-        {"unknown element", quartz(kCell, kName, kOperators, replaced(kSites, "O1 O2-", "Q1 Qq")),
-         "\"Q1\": no known element in \"_atom_site_type_symbol\" \"Qq\""},
+        {"unknown element", quartz(kCell, kName, kOperators, replaced(kSites, "O1 O2-", "Q1 Xx")),
+         "\"Q1\": no known element in \"_atom_site_type_symbol\" \"Xx\""},
         {"not a CIF", "data_x\n_cell_length_a 'unclosed\nloop_ loop_\n",
          "not a CIF that can be read"},
         {"no data block", "# nothing but a comment\n", "no data block"},
@@ -102,6 +102,23 @@ TEST(CifProblemsTest, EveryProblemNamesItsItem) {
             EXPECT_EQ(error.text().rfind("Problem.cif: ", 0), 0U) << error.text();
             EXPECT_EQ(error.title(), kCifErrorTitle);
         }
+    }
+}
+
+// Sites typed "X" or not typed at all take the element their label begins with.
+TEST(CifProblemsTest, UntypedSitesTakeTheElementOfTheirLabel) {
+    const test::TempFolder folder;
+    const auto typed =
+        readCifReference(folder.write("Typed.cif", quartz(kCell, kName, "", kSites)), {});
+    const auto untyped = readCifReference(
+        folder.write("Untyped.cif",
+                     quartz(kCell, kName, "",
+                            replaced(replaced(kSites, "O1 O2-", "OW1 X"), "Si1 Si4+", "Si1 ?"))),
+        {});
+    ASSERT_EQ(untyped.reflections.size(), typed.reflections.size());
+    for (std::size_t r = 0; r < typed.reflections.size(); ++r) {
+        EXPECT_FLOAT_EQ(untyped.reflections[r].intensity, typed.reflections[r].intensity)
+            << "line " << r + 1;
     }
 }
 
