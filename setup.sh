@@ -13,6 +13,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev
     qt6-base-dev qt6-qpa-plugins libqcustomplot-dev libeigen3-dev
+    gemmi-dev tao-pegtl-dev
     xvfb xauth fonts-dejavu-core
     desktop-file-utils
     qt6-svg-dev poppler-utils

@@ -1,12 +1,16 @@
-// quarvex-cli xray-ref: read reference diffraction-data files and list their cells, modes and
-// reflections.
+// quarvex-cli xray-ref: read reference diffraction-data files (or compute the patterns of CIFs)
+// and list their cells, modes and reflections.
 #include "cli/FileListOutput.h"
+#include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "xray/CifPattern.h"
 #include "xray/XrayDataAndFileManager.h"
 
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <memory>
+#include <string>
 
 namespace quarvex::cli {
 
@@ -76,19 +80,58 @@ void printPattern(const Json& p) {
     }
 }
 
+// The options of the computed patterns of CIFs.
+struct CifOptions {
+    double wavelength = kCopperKAlpha1;
+    std::string range; ///< "LO:HI", degrees 2-theta
+};
+
+CifPatternSettings cifSettings(const CifOptions& options) {
+    CifPatternSettings settings;
+    settings.wavelength = options.wavelength;
+    if (!options.range.empty()) {
+        const auto colon = options.range.find(':');
+        std::size_t lowEnd = 0;
+        std::size_t highEnd = 0;
+        try {
+            settings.twoThetaMin = std::stod(options.range.substr(0, colon), &lowEnd);
+            settings.twoThetaMax = std::stod(options.range.substr(colon + 1), &highEnd);
+        } catch (const std::exception&) {
+            lowEnd = 0;
+        }
+        if (colon == std::string::npos || lowEnd != colon ||
+            highEnd != options.range.size() - colon - 1) {
+            throw QuarvexError("--range " + options.range + ": expected LO:HI in degrees 2-theta",
+                               std::string(kCifErrorTitle));
+        }
+    }
+    checkCifPatternSettings(settings);
+    return settings;
+}
+
 } // namespace
 
 CliCommand addXrayRefCommand(CLI::App& app) {
     auto options = std::make_shared<FileListOptions>();
+    auto cif = std::make_shared<CifOptions>();
     CLI::App* command = app.add_subcommand(
         "xray-ref", "Read reference diffraction-data files and list cell, mode and reflections");
-    addFileListOptions(*command, *options, "Reference files (.out, .txt, .dat)");
-    return {command, [options](ProgramState& state) {
+    addFileListOptions(*command, *options,
+                       "Reference files (.out, .txt, .dat), or CIFs (.cif) to compute");
+    command->add_option("--wave", cif->wavelength, "CIFs: wavelength in angstroms")
+        ->capture_default_str();
+    command->add_option("--range", cif->range, "CIFs: 2-theta range LO:HI in degrees (5:90)");
+    return {command, [options, cif](ProgramState& state) {
                 const auto importFolder = GET_IMPDIFF_PATH(state.quarvex.programFolder);
+                const CifPatternSettings settings = cifSettings(*cif);
                 return loadFilesAndDescribe(
                     *options, "patterns",
                     [&](const std::string& file) {
-                        OPEN_AND_READ_DIFF_FILE(state.diff, file, importFolder);
+                        if (isCifFile(file)) {
+                            openCifReference(state.diff, file, importFolder, settings);
+                        } else {
+                            OPEN_AND_READ_DIFF_FILE(state.diff, file, importFolder);
+                        }
                     },
                     [&] { return state.diff.count(); },
                     [&](int p) { return patternJson(state.diff, p); }, printPattern);

@@ -42,7 +42,7 @@ void XrayDiffractionDock::openReference() {
     const QStringList files = context_.interaction->askOpenFileNames(
         this, qText(kDiffFileDialogTitle),
         QString::fromStdString(GET_IMPDIFF_PATH(context_.home).string()),
-        qtFileFilter(kDiffFileDialogFilter));
+        qtFileFilter(std::string(kDiffFileDialogFilter) + std::string(kCifFileDialogFilter)));
     openReferences(files);
 }
 

@@ -4,8 +4,11 @@
 
 #include "common/AtomicFile.h"
 #include "common/WorkingFolders.h"
+#include "xray/CifPattern.h"
+#include "xray/DiffFileWriter.h"
 
 #include <algorithm>
+#include <cctype>
 #include <optional>
 #include <stdexcept>
 
@@ -161,8 +164,32 @@ int appendDiffPattern(DIFF_GLOBALS& diff, DiffFileRecord record) {
     return patterns;
 }
 
+bool isCifFile(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension == ".cif";
+}
+
+int openCifReference(DIFF_GLOBALS& diff, const std::filesystem::path& path,
+                     const std::filesystem::path& importFolder,
+                     const CifPatternSettings& settings) {
+    DiffFileRecord record = readCifReference(path, settings);
+    if (!importFolder.empty()) {
+        const std::filesystem::path kept =
+            importFolder / (path.stem().string() + std::string(kCifPatternSuffix));
+        if (!writeDiffFile(kept, record, cifPatternDescription(record.name, settings))) {
+            record.notes.push_back("its pattern could not be kept as " + kept.string());
+        }
+    }
+    return appendDiffPattern(diff, std::move(record));
+}
+
 int OPEN_AND_READ_DIFF_FILE(DIFF_GLOBALS& diff, const std::filesystem::path& path,
                             const std::filesystem::path& importFolder) {
+    if (isCifFile(path)) {
+        return openCifReference(diff, path, importFolder, CifPatternSettings{});
+    }
     std::optional<AtomicFile> importRecord;
     std::ostream* tableCopy = nullptr;
     if (!importFolder.empty()) {

@@ -11,11 +11,15 @@
 
 namespace quarvex {
 
+struct CifPatternSettings;
+
 /// GET_DIFFRACTION_FILE_NAME: title and "|"-separated filter list of the open-file dialog.
 inline constexpr std::string_view kDiffFileDialogTitle = "Diffraction Data File";
 inline constexpr std::string_view kDiffFileDialogFilter =
     "Diffraction Data Files (*.out)|*.out|Text Data Files (*.txt)|*.txt|Other Data Files "
     "(*.dat)|*.dat|All Files (*.*)|*.*|";
+/// The open dialog's further entry, after the specified ones: a CIF's pattern is computed.
+inline constexpr std::string_view kCifFileDialogFilter = "Crystal Structures (*.cif)|*.cif|";
 /// Extension of the import records.
 inline constexpr std::string_view kImportRecordExtension = ".imp";
 
@@ -38,9 +42,24 @@ int appendDiffPattern(DIFF_GLOBALS& diff, DiffFileRecord record);
 /// it is read, its table lines go to the import record <base name>.imp in `importFolder`
 /// (skipped when `importFolder` is empty; a record that cannot be written is skipped silently).
 /// Returns the new pattern's index (0-based). On failure throws QuarvexError (see
-/// READ_DIFF_INFO) and leaves the list as it was.
+/// READ_DIFF_INFO) and leaves the list as it was. A CIF (isCifFile) goes to openCifReference
+/// with the default settings (Cu K-alpha1, 2-theta 5 to 90 degrees).
 int OPEN_AND_READ_DIFF_FILE(DIFF_GLOBALS& diff, const std::filesystem::path& path,
                             const std::filesystem::path& importFolder);
+
+/// Suffix of the ".out" file kept for a CIF's computed pattern: "<CIF base name>_cif.out" (the
+/// suffix keeps it from replacing a shipped file of the mineral's name).
+inline constexpr std::string_view kCifPatternSuffix = "_cif.out";
+
+/// True for a path whose extension is ".cif" in any case.
+bool isCifFile(const std::filesystem::path& path);
+
+/// Computes the pattern of the CIF at `path` (readCifReference) and adds it to the list under
+/// the CIF's name and folder; its ".out" file is written atomically to `importFolder` (skipped
+/// when empty; a file that cannot be written is noted). Returns the new pattern's index
+/// (0-based). On failure throws QuarvexError and leaves the list as it was.
+int openCifReference(DIFF_GLOBALS& diff, const std::filesystem::path& path,
+                     const std::filesystem::path& importFolder, const CifPatternSettings& settings);
 
 /// DELETE_DIFF_FILES: removes the patterns whose indices (0-based) are listed, closing the gap
 /// in every array. Indices out of range are ignored.

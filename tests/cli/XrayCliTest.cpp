@@ -107,5 +107,52 @@ TEST(XrayCli, XrayPatternMakesTheShippedExample) {
     EXPECT_NE(bad.err.find("X-ray Diffraction: The FWHM"), std::string::npos) << bad.err;
 }
 
+// A CIF lists as its computed pattern, in the range and at the wavelength asked for, and its
+// ".out" file is kept in the import folder.
+TEST(XrayCli, XrayRefComputesTheCifPattern) {
+    test::TempFolder home;
+    const auto run = cli(home, "xray-ref --json --wave 1.540562 --range 20:37 " +
+                                   reference("cif/SiO2-Quartz-alpha.cif"));
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto json = nlohmann::json::parse(run.out)["patterns"];
+    ASSERT_EQ(json.size(), 1U);
+    EXPECT_EQ(json[0]["title"], "Quartz");
+    EXPECT_EQ(json[0]["space_group"], "P 32 2 1");
+    EXPECT_EQ(json[0]["system"], "HEXAGONAL");
+    EXPECT_EQ(json[0]["count"], 3); // Quartz.out's first three lines
+    EXPECT_EQ(json[0]["reflections"][1]["intensity"], 100.0);
+    EXPECT_NEAR(json[0]["reflections"][1]["d"].get<double>(), 3.3427, 5e-5);
+    EXPECT_TRUE(std::filesystem::exists(home.path() / "SearchRecords/XrayLib" /
+                                        "SiO2-Quartz-alpha_cif.out"));
+
+    const auto bad = cli(home, "xray-ref --range 37 " + reference("cif/SiO2-Quartz-alpha.cif"));
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.err.find("CIF Reference: --range 37: expected LO:HI"), std::string::npos)
+        << bad.err;
+}
+
+// Quartz refines from its CIF exactly as from the ".out" file computed from the same CIF.
+TEST(XrayCli, XrayRefineTakesACif) {
+    test::TempFolder home;
+    const auto pattern = home.path() / "quartz_pattern.txt";
+    std::filesystem::copy_file(test::sourcePath("examples/quartz_pattern.txt"), pattern);
+    const auto fromOut =
+        cli(home, "xray-refine --json " + quoted(pattern) + " " + reference("Quartz.out"));
+    const auto fromCif = cli(home, "xray-refine --json " + quoted(pattern) + " " +
+                                       reference("cif/SiO2-Quartz-alpha.cif"));
+    ASSERT_EQ(fromOut.status, 0) << fromOut.err;
+    ASSERT_EQ(fromCif.status, 0) << fromCif.err;
+    const auto outJson = nlohmann::json::parse(fromOut.out);
+    const auto cifJson = nlohmann::json::parse(fromCif.out);
+    EXPECT_EQ(cifJson["matches"].size(), outJson["matches"].size());
+    for (std::size_t i = 0; i < 6; ++i) {
+        EXPECT_NEAR(cifJson["cell"][i].get<double>(), outJson["cell"][i].get<double>(), 1e-6)
+            << "cell parameter " << i;
+    }
+    EXPECT_NEAR(cifJson["machine_error"].get<double>(), outJson["machine_error"].get<double>(),
+                1e-6);
+    EXPECT_NEAR(cifJson["cell"][0].get<double>(), 4.91239, 4.91239 * 2e-4);
+}
+
 } // namespace
 } // namespace quarvex

@@ -37,6 +37,8 @@ put("spectrum", "two_theta", "TWO_THETA\n" + "".join(f"{20 + i * 0.02:.2f} {i % 
 
 for path in sorted((root / "data/xray/reference").glob("*.out")):
     put("diff_file", path.stem, path.read_text())
+for name in ["SiO2-Quartz-alpha", "TiO2-Rutile", "CaSO4-2(H2O)-Gypsum"]:
+    put("cif", name, (root / "data/xray/reference/cif" / (name + ".cif")).read_text())
 for path in sorted((root / "examples").glob("*_refine.DAT")):
     put("refine", path.stem, path.read_text())
 

@@ -32,6 +32,7 @@ public:
     bool answerYes = false;
     bool openSucceeds = true;
     QStringList filesToOpen;
+    QString openFilter; ///< the filter of the last open dialog
     QString saveName;
     std::function<int(QDialog&)> onDialog;
 
@@ -46,7 +47,8 @@ public:
         return answerYes;
     }
     QStringList askOpenFileNames(QWidget*, const QString&, const QString&,
-                                 const QString&) override {
+                                 const QString& filter) override {
+        openFilter = filter;
         return filesToOpen;
     }
     QString askSaveFileName(QWidget*, const QString&, const QString&, const QString&) override {

@@ -164,6 +164,31 @@ void XrayDiffractionTest::workflowTakesFiveActions() {
     }
 }
 
+// Open Reference... offers CIFs and lists a CIF's computed pattern like a ".out" file; a broken
+// CIF gets its message and leaves the list alone.
+void XrayDiffractionTest::openReferenceComputesACif() {
+    WindowFixture fixture;
+    fixture.window->openFiles({patternCopy(fixture)});
+    fixture.window->dispatch(ui::kCmdXrayMode);
+    const auto broken = fixture.home.write("Broken.cif", "data_x\n_cell_length_b 5\n");
+    fixture.interaction->filesToOpen = {reference("cif/SiO2-Quartz-alpha.cif"),
+                                        QString::fromStdString(broken.string())};
+    fixture.window->dispatch(ui::kCmdOpenReference);
+    QVERIFY(fixture.interaction->openFilter.contains(QStringLiteral("(*.cif)")));
+    const DIFF_GLOBALS& diff = fixture.state.diff;
+    QCOMPARE(diff.NAME, std::vector<std::string>{"SiO2-Quartz-alpha.cif"});
+    QCOMPARE(diff.NUMDATA[0], 28); // as Quartz.out
+    QCOMPARE(dockOf(fixture).references()->topLevelItem(0)->text(2),
+             QStringLiteral("SiO2-Quartz-alpha.cif"));
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
+    QCOMPARE(fixture.interaction->errors[0].title, QStringLiteral("CIF Reference"));
+    QVERIFY(fixture.interaction->errors[0].text.contains(QStringLiteral("\"_cell_length_a\"")));
+
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(phaseOf(fixture).source.ends_with("SiO2-Quartz-alpha.cif"));
+    QVERIFY(!assigned(phaseOf(fixture)).empty());
+}
+
 void XrayDiffractionTest::referenceListOrdersDeletesAndTicks() {
     WindowFixture fixture;
     prepare(fixture);

@@ -12,6 +12,7 @@ class XrayDiffractionTest : public QObject {
 private slots:
     void workflowTakesFiveActions();
     void referenceListOrdersDeletesAndTicks();
+    void openReferenceComputesACif();
     void assignmentEditsChangeTheRefinementInput();
     void projectReopensWithPeaksAndAssignments();
     void createSpectrumFromDifAddsAPattern();
