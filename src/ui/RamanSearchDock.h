@@ -3,6 +3,8 @@
 #pragma once
 
 #include "library/CreateLibraryFile.h"
+#include "library/MixtureSearch.h"
+#include "library/RobustSearch.h"
 #include "ui/ModeContext.h"
 #include "ui/ViewOverlays.h"
 
@@ -11,6 +13,7 @@
 #include <optional>
 #include <string>
 
+class QComboBox;
 class QLabel;
 class QPushButton;
 class QTreeWidget;
@@ -40,6 +43,18 @@ public:
     /// Selected Area..."). Throws QuarvexError as searchLibrary does; earlier results stay.
     void search();
 
+    /// Search Residual: a mixture search of the same unknown and range with one component more
+    /// than the last mixture search (2 after a dot-product or robust search); the components
+    /// and the residual's share in the summary, their sum and the residual drawn over the
+    /// unknown. Throws QuarvexError as searchMixture does.
+    void searchResidual();
+
+    /// The mode selector: "Dot product" (the default), "Robust" or "Mixture".
+    QComboBox* modeSelector() const { return mode_; }
+
+    /// The last mixture search, when the results shown come from one.
+    const std::optional<MixtureResult>& mixture() const { return mixture_; }
+
     /// Compiles the library of the home folder behind a progress dialog. Throws QuarvexError.
     void compileLibrary();
 
@@ -67,6 +82,9 @@ protected:
 
 private:
     std::optional<XRange> defaultRange(QString& note) const;
+    void runSearch(int mixtureComponents);
+    void showMixture();
+    void dropMixture();
     void fillResults();
     void overlaySelected();
     void clearResults();
@@ -76,6 +94,9 @@ private:
     QLabel* unknownLabel_ = nullptr;
     RangeEditor* range_ = nullptr;
     QPushButton* searchButton_ = nullptr;
+    QComboBox* mode_ = nullptr;
+    QPushButton* residualButton_ = nullptr;
+    std::optional<MixtureResult> mixture_;
     QPushButton* compileButton_ = nullptr;
     QPushButton* examButton_ = nullptr;
     QPushButton* moreButton_ = nullptr;
