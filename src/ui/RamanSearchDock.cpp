@@ -5,6 +5,7 @@
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/SearchExplain.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/Commands.h"
@@ -430,6 +431,7 @@ void RamanSearchDock::overlaySelected() {
     if (item == nullptr || searchedSpectrum_ < 0) {
         details_->clear();
         context_.view.setReferenceOverlay(std::nullopt);
+        unmarkBands();
         return;
     }
     const LIBRARY_GLOBALS& library = context_.state.library;
@@ -451,6 +453,7 @@ void RamanSearchDock::overlaySelected() {
                           QStringLiteral("<br>The reference spectrum cannot be drawn: %1")
                               .arg(QString::fromStdString(error.text()).toHtmlEscaped()));
         context_.view.setReferenceOverlay(std::nullopt);
+        unmarkBands();
         return;
     }
     const auto x = reference.xValues(0);
@@ -461,6 +464,60 @@ void RamanSearchDock::overlaySelected() {
         {y.begin(), y.end()},
         searchedSpectrum_,
         searchedRange_});
+    markMatchedBands(e, x, y);
+}
+
+namespace {
+
+QString bandList(const std::vector<float>& bands) {
+    QStringList list;
+    for (const float band : bands) {
+        list.append(QString::number(std::lround(band)));
+    }
+    return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+// After a robust or mixture search: the unknown's bands that match the entry's (x, y) once
+// moved by its shift are marked on the unknown and listed with the unmatched ones.
+void RamanSearchDock::markMatchedBands(std::size_t entry, std::span<const float> x,
+                                       std::span<const float> y) {
+    const LIBRARY_GLOBALS& library = context_.state.library;
+    if (entry >= library.MATCH_SHIFT.size()) {
+        unmarkBands();
+        return;
+    }
+    const SPECDATA_GLOBALS& s = context_.state.specdata;
+    const auto unknownX = s.xValues(searchedSpectrum_);
+    const PointRun run = pointsWithin(unknownX, searchedRange_.start, searchedRange_.end);
+    const BandTable table =
+        matchBands(significantBands(unknownX.subspan(run.first, run.count),
+                                    s.yValues(searchedSpectrum_).subspan(run.first, run.count)),
+                   significantBands(x, y), library.MATCH_SHIFT[entry]);
+    PeakMarks marks{searchedSpectrum_, {}, {}};
+    QStringList pairs;
+    for (const BandPair& pair : table.matched) {
+        marks.found.push_back(pair.unknown);
+        pairs.append(
+            QStringLiteral("%1~%2").arg(std::lround(pair.unknown)).arg(std::lround(pair.entry)));
+    }
+    context_.view.setPeakMarks(std::move(marks));
+    marked_ = true;
+    details_->setText(
+        details_->text() +
+        QStringLiteral("<br>Shift %1 cm-1. Bands matched (unknown~entry): %2; "
+                       "the unknown's alone: %3; the entry's alone: %4")
+            .arg(library.MATCH_SHIFT[entry])
+            .arg(pairs.isEmpty() ? QStringLiteral("none") : pairs.join(QLatin1Char(' ')))
+            .arg(bandList(table.unknownOnly), bandList(table.entryOnly)));
+}
+
+void RamanSearchDock::unmarkBands() {
+    if (marked_) {
+        context_.view.setPeakMarks({});
+        marked_ = false;
+    }
 }
 
 void RamanSearchDock::clearResults() {
@@ -507,6 +564,7 @@ void RamanSearchDock::closeEvent(QCloseEvent* event) {
     if (mixture_) {
         context_.view.setFitOverlay(std::nullopt); // another mode's fit is not ours to remove
     }
+    unmarkBands();
     QDockWidget::closeEvent(event);
 }
 

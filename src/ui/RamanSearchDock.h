@@ -11,6 +11,7 @@
 #include <QDockWidget>
 
 #include <optional>
+#include <span>
 #include <string>
 
 class QComboBox;
@@ -85,6 +86,8 @@ private:
     void runSearch(int mixtureComponents);
     void showMixture();
     void dropMixture();
+    void markMatchedBands(std::size_t entry, std::span<const float> x, std::span<const float> y);
+    void unmarkBands();
     void fillResults();
     void overlaySelected();
     void clearResults();
@@ -97,6 +100,7 @@ private:
     QComboBox* mode_ = nullptr;
     QPushButton* residualButton_ = nullptr;
     std::optional<MixtureResult> mixture_;
+    bool marked_ = false; ///< the matched bands of the selected entry are marked in the view
     QPushButton* compileButton_ = nullptr;
     QPushButton* examButton_ = nullptr;
     QPushButton* moreButton_ = nullptr;

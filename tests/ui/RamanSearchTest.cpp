@@ -235,7 +235,15 @@ void RamanSearchTest::modeSelectorAndSearchResidual() {
     QTest::mouseClick(search, Qt::LeftButton);
     QVERIFY(!dock.mixture().has_value());
     QVERIFY(!view.fitOverlay().has_value());
+    QVERIFY(view.peakMarks().spectrum == 0);
     QCOMPARE(mineralOfRow(dock, 0), QStringLiteral("Calcite"));
+    // Calcite's bands at 281 and 1086 cm-1, moved by the mixture's +2, are marked.
+    const std::vector<float>& marked = view.peakMarks().found;
+    for (const float band : {283.0F, 1088.0F}) {
+        QVERIFY2(std::any_of(marked.begin(), marked.end(),
+                             [band](float x) { return std::abs(x - band) < 2.0F; }),
+                 qPrintable(QString::number(band)));
+    }
 
     // Search Residual: the best entry and the best of what is left, then one more.
     QVERIFY(residual->isEnabled());
