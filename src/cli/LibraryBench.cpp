@@ -4,6 +4,7 @@
 #include "cli/CliCommand.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/MixtureSearch.h"
 #include "library/RobustSearch.h"
 #include "specdata/SpecDataManager.h"
 
@@ -192,6 +193,10 @@ int runSearchBench(const SearchBenchOptions& options, ProgramState& state) {
         seconds.push_back(secondsTaken([&] {
             if (options.mode == "robust") {
                 READ_LIBRARY_ROBUST(folder, x, y, state.library);
+            } else if (options.mode == "mixture") {
+                std::optional<LibraryCompilation> compilation;
+                searchMixture(state.quarvex.programFolder, x, y, kDefaultMixtureComponents,
+                              state.library, compilation);
             } else {
                 READ_LIBRARY(folder, x, y, state.library);
             }
@@ -239,9 +244,9 @@ std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app) {
         ->check(CLI::Range(1, 1000));
     search
         ->add_option("--mode", searchOptions->mode,
-                     "dot (two-pass, default) or robust (the first search derives the robust file "
-                     "when missing)")
-        ->check(CLI::IsMember({"dot", "robust"}));
+                     "dot (two-pass, default), robust (the first search derives the robust file "
+                     "when missing) or mixture (up to 3 components)")
+        ->check(CLI::IsMember({"dot", "robust", "mixture"}));
 
     return {{library, [libraryOptions](ProgramState&) { return runLibraryBench(*libraryOptions); }},
             {search, [searchOptions](ProgramState& state) {

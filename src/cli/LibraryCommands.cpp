@@ -1,10 +1,14 @@
 // quarvex-cli compile, search and consistency: compile the Raman library of the home folder,
 // search a spectrum file against it, examine it.
+#include "cli/BatchOutput.h"
 #include "cli/CliCommand.h"
+#include "cli/ExplainOutput.h"
 #include "cli/JsonOutput.h"
+#include "cli/MixtureOutput.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "common/WorkingFolders.h"
 #include "library/ConsistencyExam.h"
 #include "library/DotProdSearch.h"
 #include "library/RobustSearch.h"
@@ -23,12 +27,15 @@ namespace quarvex::cli {
 namespace {
 
 struct SearchOptions {
-    std::string file;
+    std::vector<std::string> files;
+    std::optional<std::string> csv;
     std::optional<std::string> range;
     std::optional<int> top;
     bool json = false;
     bool clean = false;
     std::string mode = "dot";
+    bool mixture = false;
+    int components = kDefaultMixtureComponents;
 };
 
 // A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
@@ -104,12 +111,18 @@ Json entriesJson(const LIBRARY_GLOBALS& library, std::size_t shown) {
     return entries;
 }
 
-// The ranking as a table whose columns are as wide as their widest shown value.
+// The ranking as a table whose columns are as wide as their widest shown value; a robust
+// search adds each entry's shift after its score.
 void printRanking(const LIBRARY_GLOBALS& library, std::size_t shown) {
-    constexpr std::size_t kColumns = 8;
-    const std::array<std::string, kColumns> titles{"Rank",  "Score",    "File",      "Id",
-                                                   "Names", "Locality", "Chemistry", "Wave"};
-    std::vector<std::array<std::string, kColumns>> rows;
+    const bool shifts = !library.MATCH_SHIFT.empty();
+    std::vector<std::string> titles{"Rank",  "Score",    "File",      "Id",
+                                    "Names", "Locality", "Chemistry", "Wave"};
+    const std::size_t numbers = shifts ? 3 : 2;
+    if (shifts) {
+        titles.insert(titles.begin() + 2, "Shift");
+    }
+    const std::size_t columns = titles.size();
+    std::vector<std::vector<std::string>> rows;
     for (std::size_t rank = 0; rank < shown; ++rank) {
         const auto k = static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS[rank]);
         std::array<char, 32> score{};
@@ -117,20 +130,23 @@ void printRanking(const LIBRARY_GLOBALS& library, std::size_t shown) {
         rows.push_back({std::to_string(rank + 1), score.data(), library.MI_FILENAMES[k],
                         library.MIGRELT_ID[k], library.MINAMES[k], library.LOCALITIES[k],
                         library.CHEMISTRIES[k], library.MI_WAVE[k]});
+        if (shifts) {
+            rows.back().insert(rows.back().begin() + 2, std::to_string(library.MATCH_SHIFT[k]));
+        }
     }
-    std::array<std::size_t, kColumns> widths{};
-    for (std::size_t c = 0; c < kColumns; ++c) {
+    std::vector<std::size_t> widths(columns);
+    for (std::size_t c = 0; c < columns; ++c) {
         widths[c] = titles[c].size();
         for (const auto& row : rows) {
             widths[c] = std::max(widths[c], row[c].size());
         }
     }
-    const auto printRow = [&widths](const std::array<std::string, kColumns>& row) {
-        for (std::size_t c = 0; c < kColumns; ++c) {
-            const bool number = c < 2;
+    const auto printRow = [&](const std::vector<std::string>& row) {
+        for (std::size_t c = 0; c < columns; ++c) {
+            const bool number = c < numbers;
             const std::string padding(widths[c] - row[c].size(), ' ');
-            std::cout << (number ? padding + row[c] : row[c] + (c + 1 < kColumns ? padding : ""))
-                      << (c + 1 < kColumns ? "  " : "\n");
+            std::cout << (number ? padding + row[c] : row[c] + (c + 1 < columns ? padding : ""))
+                      << (c + 1 < columns ? "  " : "\n");
         }
     };
     printRow(titles);
@@ -140,7 +156,17 @@ void printRanking(const LIBRARY_GLOBALS& library, std::size_t shown) {
 }
 
 int runSearch(const SearchOptions& options, ProgramState& state) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.file);
+    const SearchMode mode = options.mode == "robust" ? SearchMode::Robust : SearchMode::Dot;
+    if (options.files.size() > 1 || options.csv) {
+        if (options.json || options.range || options.clean || options.mixture) {
+            throw QuarvexError("--json, --range, --clean and --mixture search one file; a batch "
+                               "of files gives CSV rows.",
+                               "Search");
+        }
+        return runBatchSearch(state.quarvex.programFolder, options.files, mode, options.csv);
+    }
+    const std::string& file = options.files.front();
+    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
     const std::span<const float> x = state.specdata.xValues(index);
     const std::span<const float> y = state.specdata.yValues(index);
     const auto [low, high] =
@@ -150,17 +176,38 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
         options.clean ? cleanedValues(x.subspan(first, count), y.subspan(first, count))
                       : std::vector<float>{};
 
-    const SearchMode mode = options.mode == "robust" ? SearchMode::Robust : SearchMode::Dot;
-    const auto compilation =
-        searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
-                      options.clean ? std::span<const float>(cleaned) : y.subspan(first, count),
-                      state.library, mode, terminalProgress());
+    const std::span<const float> searchedY =
+        options.clean ? std::span<const float>(cleaned) : y.subspan(first, count);
+    if (options.mixture) {
+        std::optional<LibraryCompilation> compilation;
+        const MixtureResult mixture =
+            searchMixture(state.quarvex.programFolder, x.subspan(first, count), searchedY,
+                          options.components, state.library, compilation, terminalProgress());
+        if (compilation) {
+            std::cerr << "The library was compiled first.\n";
+            printCompilation(*compilation, std::cerr);
+        }
+        if (options.json) {
+            std::cout << mixtureJson(mixture, state.library).dump(2) << '\n';
+        } else {
+            std::cout << "Mixture search of " << file << " against " << state.library.count()
+                      << " library entries\n";
+            printMixture(mixture, state.library, std::cout);
+        }
+        return 0;
+    }
+    const auto compilation = searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
+                                           searchedY, state.library, mode, terminalProgress());
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
         printCompilation(*compilation, std::cerr);
     }
     const LIBRARY_GLOBALS& library = state.library;
     const auto entries = static_cast<std::size_t>(library.count());
+    const auto explain = [&] {
+        return explainSearch(ramanLibraryFolder(state.quarvex.programFolder),
+                             x.subspan(first, count), searchedY, library);
+    };
     if (options.json) {
         const std::size_t shown =
             options.top ? std::min(entries, static_cast<std::size_t>(*options.top)) : entries;
@@ -168,18 +215,22 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
         if (mode == SearchMode::Robust) {
             result["mode"] = searchModeName(mode);
             result["no_good_match"] = noGoodMatch(library);
+            addExplanationJson(explain(), library, result);
         }
         std::cout << result.dump(2) << '\n';
         return 0;
     }
     const int top = options.top.value_or(state.quarvex.preferences.resultsShown);
     const std::size_t shown = std::min(entries, static_cast<std::size_t>(std::max(top, 0)));
-    std::cout << "Search of " << options.file << " over " << shortestText(x[first]) << " to "
+    std::cout << "Search of " << file << " over " << shortestText(x[first]) << " to "
               << shortestText(x[first + count - 1]) << " (" << count << " points) against "
               << entries << " library entries\n";
     printRanking(library, shown);
-    if (mode == SearchMode::Robust && noGoodMatch(library)) {
-        std::cout << "No good match: the best score is below " << kNoGoodMatchScore << '\n';
+    if (mode == SearchMode::Robust) {
+        if (noGoodMatch(library)) {
+            std::cout << "No good match: the best score is below " << kNoGoodMatchScore << '\n';
+        }
+        printExplanation(explain(), library, std::cout);
     }
     return 0;
 }
@@ -242,7 +293,13 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
     CLI::App* search = app.add_subcommand(
         "search", "Search a Raman spectrum file against the library of the home folder "
                   "(compiled first when needed) and print the ranking");
-    search->add_option("file", options->file, "Spectrum file of the unknown")->required();
+    search
+        ->add_option("file", options->files,
+                     "Spectrum file of the unknown; several files are searched as a batch "
+                     "(one CSV row each)")
+        ->required();
+    search->add_option("--csv", options->csv,
+                       "Write the batch's CSV rows to this file (default: standard output)");
     search->add_option("--range", options->range,
                        "Selected x-range LO:HI in cm-1 (default: the whole spectrum)");
     search
@@ -258,6 +315,11 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
                      "dot: the dot-product search (default); robust: background removed, square "
                      "root, first derivative, best of shifts -3..+3 cm-1")
         ->check(CLI::IsMember({"dot", "robust"}));
+    search->add_flag("--mixture", options->mixture,
+                     "Mixture search: find up to --components entries one after another with "
+                     "the robust score, subtracting each before searching what is left");
+    search->add_option("--components", options->components,
+                       "Most components of a mixture search (default 3)");
 
     auto json = std::make_shared<bool>(false);
     CLI::App* consistency = app.add_subcommand(

@@ -128,7 +128,7 @@ std::vector<float> robustTransform(int first, std::span<const float> gridValues)
                          {kDerivativeWindow, kDerivativeOrder, 1});
 }
 
-RobustSpectrum robustUnknown(std::span<const float> x, std::span<const float> y) {
+RobustSpectrum backgroundFreeUnknown(std::span<const float> x, std::span<const float> y) {
     const InterpData grid = resampleSpectrum(x, y, kFineStep, false);
     if (grid.capacity() < kDerivativeWindow) {
         throw QuarvexError("The selected area spans " + std::to_string(grid.capacity()) +
@@ -141,17 +141,26 @@ RobustSpectrum robustUnknown(std::span<const float> x, std::span<const float> y)
         throw QuarvexError("The selected area holds values that are not numbers.",
                            std::string(kLibraryErrorTitle));
     }
-    RobustSpectrum unknown;
-    unknown.first = static_cast<int>(std::lround(grid.x.front()));
+    RobustSpectrum clean;
+    clean.first = static_cast<int>(std::lround(grid.x.front()));
     const BaselineFit background = alsBaseline(grid.x, grid.y, AlsParameters{});
-    std::vector<float> clean(grid.y.size());
-    std::transform(grid.y.begin(), grid.y.end(), background.baseline.begin(), clean.begin(),
+    clean.values.resize(grid.y.size());
+    std::transform(grid.y.begin(), grid.y.end(), background.baseline.begin(), clean.values.begin(),
                    std::minus<>());
+    return clean;
+}
+
+RobustSpectrum robustView(const RobustSpectrum& clean) {
+    RobustSpectrum view{clean.name, clean.first, {}};
     // Without a band the transform would only magnify the rounding left by the background.
-    if (hasBandAboveNoise(clean)) {
-        unknown.values = robustTransform(unknown.first, clean);
+    if (clean.values.size() >= 3 && hasBandAboveNoise(clean.values)) {
+        view.values = robustTransform(clean.first, clean.values);
     }
-    return unknown;
+    return view;
+}
+
+RobustSpectrum robustUnknown(std::span<const float> x, std::span<const float> y) {
+    return robustView(backgroundFreeUnknown(x, y));
 }
 
 void compileRobustLibrary(const std::filesystem::path& folder, const ProgressCallback& progress) {

@@ -31,6 +31,15 @@ struct RobustSpectrum {
 /// square root, first derivative. Fewer points than the derivative window give no values.
 std::vector<float> robustTransform(int first, std::span<const float> gridValues);
 
+/// An unknown (x ascending) resampled onto the 1 cm-1 grid with its ALS background removed
+/// (values may fall below 0). Throws QuarvexError ("Raman Library") when the selected area is
+/// narrower than the derivative window or holds a value that is not a number.
+RobustSpectrum backgroundFreeUnknown(std::span<const float> x, std::span<const float> y);
+
+/// The robust view of a background-free spectrum on the 1 cm-1 grid: robustTransform, or no
+/// values when no band stands clearly above the noise.
+RobustSpectrum robustView(const RobustSpectrum& clean);
+
 /// The robust view of an unknown (x ascending): resampled onto the 1 cm-1 grid, its ALS
 /// background removed, then robustTransform; no values when no band stands clearly above the
 /// noise (then every entry scores 0). Throws QuarvexError ("Raman Library") when the

@@ -11,22 +11,10 @@ namespace quarvex {
 
 namespace {
 
-double sumOfSquares(std::span<const float> values) {
-    double sum = 0.0;
-    for (const float v : values) {
-        sum += static_cast<double>(v) * static_cast<double>(v);
-    }
-    return sum;
-}
-
 // The cosine of the unknown with the entry moved by `shift`, given the unknown's norm.
 double shiftedCosine(const RobustSpectrum& unknown, double unknownNorm, const RobustSpectrum& entry,
                      int shift) {
-    // Unknown point i lies at unknown.first + i and meets entry point j at that position - shift.
-    const long offset = static_cast<long>(unknown.first) - shift - entry.first;
-    const long from = std::max(0L, -offset);
-    const long to = std::min(static_cast<long>(unknown.values.size()),
-                             static_cast<long>(entry.values.size()) - offset);
+    const auto [from, to, offset] = gridOverlap(unknown, entry, shift);
     double product = 0.0;
     double entrySquares = 0.0;
     for (long i = from; i < to; ++i) {
@@ -42,6 +30,23 @@ double shiftedCosine(const RobustSpectrum& unknown, double unknownNorm, const Ro
 }
 
 } // namespace
+
+GridOverlap gridOverlap(const RobustSpectrum& a, const RobustSpectrum& b, int shift) {
+    // Point i of a lies at a.first + i and meets the point of b at that position - shift.
+    const long offset = static_cast<long>(a.first) - shift - b.first;
+    return {
+        std::max(0L, -offset),
+        std::min(static_cast<long>(a.values.size()), static_cast<long>(b.values.size()) - offset),
+        offset};
+}
+
+double sumOfSquares(std::span<const float> values) {
+    double sum = 0.0;
+    for (const float v : values) {
+        sum += static_cast<double>(v) * static_cast<double>(v);
+    }
+    return sum;
+}
 
 std::string_view searchModeName(SearchMode mode) {
     return mode == SearchMode::Robust ? "robust" : "dot";

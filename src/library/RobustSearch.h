@@ -31,6 +31,18 @@ struct RobustMatch {
     int shift = 0;      ///< cm-1: the unknown's band positions minus the entry's
 };
 
+/// Where two spectra on the whole-number grid meet when `b` is moved by `shift` cm-1: point i of
+/// `a` (from <= i < to) meets point i + offset of `b`.
+struct GridOverlap {
+    long from = 0;
+    long to = 0;
+    long offset = 0;
+};
+GridOverlap gridOverlap(const RobustSpectrum& a, const RobustSpectrum& b, int shift);
+
+/// The sum of the squares, in double precision.
+double sumOfSquares(std::span<const float> values);
+
 /// The best of the cosines between the unknown and the entry moved by -3..+3 cm-1, times 100
 /// (negative cosines count as 0): the products summed over the grid points where the two
 /// overlap, the entry's norm over those points, the unknown's over all of it. On equal scores the

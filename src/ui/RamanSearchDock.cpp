@@ -5,6 +5,8 @@
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/SearchExplain.h"
+#include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/Commands.h"
 #include "ui/CsvExport.h"
@@ -13,6 +15,7 @@
 #include "ui/SpectrumView.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -92,7 +95,19 @@ RamanSearchDock::RamanSearchDock(ModeContext context, QWidget* parent)
         QStringLiteral("Compile the reference spectra of SearchRecords/RamanLib/ again"));
     examButton_ = new QPushButton(QStringLiteral("Consistency Exam..."), unknown);
     examButton_->setToolTip(QStringLiteral("Check the library against itself"));
+    mode_ = new QComboBox(unknown);
+    mode_->setObjectName(QStringLiteral("searchMode"));
+    mode_->addItems(
+        {QStringLiteral("Dot product"), QStringLiteral("Robust"), QStringLiteral("Mixture")});
+    mode_->setToolTip(QStringLiteral(
+        "Dot product: the standard search. Robust: tolerates a background, a shift of up to "
+        "3 cm-1 and one dominant band. Mixture: finds up to 3 components one after another."));
+    residualButton_ = new QPushButton(QStringLiteral("Search Residual"), unknown);
+    residualButton_->setToolTip(
+        QStringLiteral("Subtract the components found so far and search what is left"));
+    buttons->addWidget(mode_);
     buttons->addWidget(searchButton_, 1);
+    buttons->addWidget(residualButton_);
     buttons->addWidget(compileButton_);
     buttons->addWidget(examButton_);
     unknownLayout->addLayout(buttons);
@@ -144,6 +159,14 @@ RamanSearchDock::RamanSearchDock(ModeContext context, QWidget* parent)
                 [this, command] { emit commandRequested(command); });
     }
     connect(moreButton_, &QPushButton::clicked, this, &RamanSearchDock::showMore);
+    connect(residualButton_, &QPushButton::clicked, this, [this] {
+        try {
+            searchResidual();
+        } catch (const QuarvexError& error) {
+            context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                            QString::fromStdString(error.title()));
+        }
+    });
     connect(csvButton_, &QPushButton::clicked, this, [this] {
         try {
             exportResultsCsv();
@@ -208,6 +231,7 @@ void RamanSearchDock::spectraChanged() {
 void RamanSearchDock::updateButtons() {
     const bool loaded = activeSpectrum(context_.state.specdata) >= 0;
     searchButton_->setEnabled(loaded);
+    residualButton_->setEnabled(loaded && searchedSpectrum_ >= 0);
     moreButton_->setVisible(shown_ > 0);
     csvButton_->setVisible(shown_ > 0);
     moreButton_->setEnabled(shown_ < context_.state.library.count());
@@ -218,9 +242,24 @@ void RamanSearchDock::updateButtons() {
 
 void RamanSearchDock::activate() {
     overlaySelected();
+    if (mixture_) {
+        showMixture();
+    }
 }
 
 void RamanSearchDock::search() {
+    runSearch(mode_->currentIndex() == 2 ? kDefaultMixtureComponents : 0);
+}
+
+void RamanSearchDock::searchResidual() {
+    if (searchedSpectrum_ < 0) {
+        return;
+    }
+    runSearch(mixture_ ? static_cast<int>(mixture_->components.size()) + 1 : 2);
+}
+
+// A search in the selected mode, or a mixture search of up to `mixtureComponents` components.
+void RamanSearchDock::runSearch(int mixtureComponents) {
     const SPECDATA_GLOBALS& s = context_.state.specdata;
     const int k = activeSpectrum(s);
     const auto range = range_->range();
@@ -238,11 +277,18 @@ void RamanSearchDock::search() {
     const std::vector<float> unknownY(y.begin(), y.end());
     LIBRARY_GLOBALS found;
     std::optional<LibraryCompilation> compiled;
+    std::optional<MixtureResult> mixture;
+    const SearchMode mode = mode_->currentIndex() == 1 ? SearchMode::Robust : SearchMode::Dot;
     QElapsedTimer clock;
     clock.start();
     const bool finished = runCancellableWithProgress(
         this, QStringLiteral("Raman Search"), [&](const ProgressCallback& progress) {
-            compiled = searchLibrary(context_.home, unknownX, unknownY, found, progress);
+            if (mixtureComponents > 0) {
+                mixture = searchMixture(context_.home, unknownX, unknownY, mixtureComponents, found,
+                                        compiled, progress);
+            } else {
+                compiled = searchLibrary(context_.home, unknownX, unknownY, found, mode, progress);
+            }
         });
     if (!finished) {
         summary_->setText(QStringLiteral("Search cancelled: the results below, if any, are those "
@@ -266,12 +312,61 @@ void RamanSearchDock::search() {
                           .arg(xUnitFor(s.DTYPE[at(k)]))
                           .arg(run.count)
                           .arg(seconds, 0, 'f', 2));
+    dropMixture();
+    mixture_ = std::move(mixture);
     fillResults();
     {
         const QSignalBlocker quiet(results_);
         results_->setCurrentItem(results_->topLevelItem(0)); // null when nothing was found
     }
     overlaySelected(); // the best match of this search, drawn at once
+    if (mixture_) {
+        const LIBRARY_GLOBALS& library = context_.state.library;
+        QStringList parts;
+        for (const MixtureComponent& component : mixture_->components) {
+            parts.append(QStringLiteral("%1 %2 (%3 % of the signal, shift %4)")
+                             .arg(text(library.MINAMES[component.entry]))
+                             .arg(component.score, 0, 'f', 2)
+                             .arg(100.0 * component.fraction, 0, 'f', 1)
+                             .arg(component.shift));
+        }
+        summary_->setText(summary_->text() +
+                          QStringLiteral("\nMixture: %1; residual %2 % of the signal.")
+                              .arg(parts.isEmpty() ? QStringLiteral("no component")
+                                                   : parts.join(QStringLiteral("; ")))
+                              .arg(100.0 * mixture_->residualFraction, 0, 'f', 1));
+        showMixture();
+    }
+}
+
+// Forgets the last mixture search and takes its drawing away (another mode's fit stays).
+void RamanSearchDock::dropMixture() {
+    if (mixture_) {
+        mixture_.reset();
+        context_.view.setFitOverlay(std::nullopt);
+    }
+}
+
+// The sum of the last mixture search's components and the residual drawn over the unknown, on
+// the 1 cm-1 grid of the search (the unknown there with its background, the sum on it).
+void RamanSearchDock::showMixture() {
+    const SPECDATA_GLOBALS& s = context_.state.specdata;
+    const auto x = s.xValues(searchedSpectrum_);
+    const PointRun run = pointsWithin(x, searchedRange_.start, searchedRange_.end);
+    const InterpData grid = resampleSpectrum(
+        x.subspan(run.first, run.count), s.yValues(searchedSpectrum_).subspan(run.first, run.count),
+        kFineStep, false);
+    FitOverlay overlay;
+    overlay.spectrum = searchedSpectrum_;
+    overlay.legend = QStringLiteral("Sum of the mixture's components");
+    overlay.x = grid.x;
+    overlay.measured = grid.y;
+    overlay.fitted.resize(grid.y.size());
+    for (std::size_t i = 0; i < grid.y.size() && i < mixture_->fitted.size(); ++i) {
+        // The unknown minus its background-free part is its background: the sum stands on it.
+        overlay.fitted[i] = grid.y[i] - mixture_->unknown.values[i] + mixture_->fitted[i];
+    }
+    context_.view.setFitOverlay(std::move(overlay));
 }
 
 void RamanSearchDock::fillResults() {
@@ -336,6 +431,7 @@ void RamanSearchDock::overlaySelected() {
     if (item == nullptr || searchedSpectrum_ < 0) {
         details_->clear();
         context_.view.setReferenceOverlay(std::nullopt);
+        unmarkBands();
         return;
     }
     const LIBRARY_GLOBALS& library = context_.state.library;
@@ -357,6 +453,7 @@ void RamanSearchDock::overlaySelected() {
                           QStringLiteral("<br>The reference spectrum cannot be drawn: %1")
                               .arg(QString::fromStdString(error.text()).toHtmlEscaped()));
         context_.view.setReferenceOverlay(std::nullopt);
+        unmarkBands();
         return;
     }
     const auto x = reference.xValues(0);
@@ -367,6 +464,60 @@ void RamanSearchDock::overlaySelected() {
         {y.begin(), y.end()},
         searchedSpectrum_,
         searchedRange_});
+    markMatchedBands(e, x, y);
+}
+
+namespace {
+
+QString bandList(const std::vector<float>& bands) {
+    QStringList list;
+    for (const float band : bands) {
+        list.append(QString::number(std::lround(band)));
+    }
+    return list.isEmpty() ? QStringLiteral("none") : list.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+// After a robust or mixture search: the unknown's bands that match the entry's (x, y) once
+// moved by its shift are marked on the unknown and listed with the unmatched ones.
+void RamanSearchDock::markMatchedBands(std::size_t entry, std::span<const float> x,
+                                       std::span<const float> y) {
+    const LIBRARY_GLOBALS& library = context_.state.library;
+    if (entry >= library.MATCH_SHIFT.size()) {
+        unmarkBands();
+        return;
+    }
+    const SPECDATA_GLOBALS& s = context_.state.specdata;
+    const auto unknownX = s.xValues(searchedSpectrum_);
+    const PointRun run = pointsWithin(unknownX, searchedRange_.start, searchedRange_.end);
+    const BandTable table =
+        matchBands(significantBands(unknownX.subspan(run.first, run.count),
+                                    s.yValues(searchedSpectrum_).subspan(run.first, run.count)),
+                   significantBands(x, y), library.MATCH_SHIFT[entry]);
+    PeakMarks marks{searchedSpectrum_, {}, {}};
+    QStringList pairs;
+    for (const BandPair& pair : table.matched) {
+        marks.found.push_back(pair.unknown);
+        pairs.append(
+            QStringLiteral("%1~%2").arg(std::lround(pair.unknown)).arg(std::lround(pair.entry)));
+    }
+    context_.view.setPeakMarks(std::move(marks));
+    marked_ = true;
+    details_->setText(
+        details_->text() +
+        QStringLiteral("<br>Shift %1 cm-1. Bands matched (unknown~entry): %2; "
+                       "the unknown's alone: %3; the entry's alone: %4")
+            .arg(library.MATCH_SHIFT[entry])
+            .arg(pairs.isEmpty() ? QStringLiteral("none") : pairs.join(QLatin1Char(' ')))
+            .arg(bandList(table.unknownOnly), bandList(table.entryOnly)));
+}
+
+void RamanSearchDock::unmarkBands() {
+    if (marked_) {
+        context_.view.setPeakMarks({});
+        marked_ = false;
+    }
 }
 
 void RamanSearchDock::clearResults() {
@@ -374,6 +525,7 @@ void RamanSearchDock::clearResults() {
     searchedPath_.clear();
     shown_ = 0;
     summary_->clear();
+    dropMixture();
     results_->clear(); // no current item: the overlay goes too
     overlaySelected();
     updateButtons();
@@ -409,6 +561,10 @@ void RamanSearchDock::showCompilation(const LibraryCompilation& compilation) {
 
 void RamanSearchDock::closeEvent(QCloseEvent* event) {
     context_.view.setReferenceOverlay(std::nullopt); // the results stay for the next opening
+    if (mixture_) {
+        context_.view.setFitOverlay(std::nullopt); // another mode's fit is not ours to remove
+    }
+    unmarkBands();
     QDockWidget::closeEvent(event);
 }
 

@@ -3,14 +3,18 @@
 #pragma once
 
 #include "library/CreateLibraryFile.h"
+#include "library/MixtureSearch.h"
+#include "library/RobustSearch.h"
 #include "ui/ModeContext.h"
 #include "ui/ViewOverlays.h"
 
 #include <QDockWidget>
 
 #include <optional>
+#include <span>
 #include <string>
 
+class QComboBox;
 class QLabel;
 class QPushButton;
 class QTreeWidget;
@@ -40,6 +44,18 @@ public:
     /// Selected Area..."). Throws QuarvexError as searchLibrary does; earlier results stay.
     void search();
 
+    /// Search Residual: a mixture search of the same unknown and range with one component more
+    /// than the last mixture search (2 after a dot-product or robust search); the components
+    /// and the residual's share in the summary, their sum and the residual drawn over the
+    /// unknown. Throws QuarvexError as searchMixture does.
+    void searchResidual();
+
+    /// The mode selector: "Dot product" (the default), "Robust" or "Mixture".
+    QComboBox* modeSelector() const { return mode_; }
+
+    /// The last mixture search, when the results shown come from one.
+    const std::optional<MixtureResult>& mixture() const { return mixture_; }
+
     /// Compiles the library of the home folder behind a progress dialog. Throws QuarvexError.
     void compileLibrary();
 
@@ -67,6 +83,11 @@ protected:
 
 private:
     std::optional<XRange> defaultRange(QString& note) const;
+    void runSearch(int mixtureComponents);
+    void showMixture();
+    void dropMixture();
+    void markMatchedBands(std::size_t entry, std::span<const float> x, std::span<const float> y);
+    void unmarkBands();
     void fillResults();
     void overlaySelected();
     void clearResults();
@@ -76,6 +97,10 @@ private:
     QLabel* unknownLabel_ = nullptr;
     RangeEditor* range_ = nullptr;
     QPushButton* searchButton_ = nullptr;
+    QComboBox* mode_ = nullptr;
+    QPushButton* residualButton_ = nullptr;
+    std::optional<MixtureResult> mixture_;
+    bool marked_ = false; ///< the matched bands of the selected entry are marked in the view
     QPushButton* compileButton_ = nullptr;
     QPushButton* examButton_ = nullptr;
     QPushButton* moreButton_ = nullptr;

@@ -3,6 +3,9 @@
 
 #include "TestSupport.h"
 
+#include "common/WorkingFolders.h"
+#include "library/CreateLibraryFile.h"
+
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -32,6 +35,13 @@ inline void twoBands(float from, float to, float band, std::vector<float>& x,
         x.push_back(shift);
         y.push_back(1000.0F / (1.0F + a * a) + 400.0F / (1.0F + b * b));
     }
+}
+
+/// Sets up the folders of `home` with the shipped model library in its library folder, compiled.
+inline void compileModelLibrary(const std::filesystem::path& home) {
+    SET_UP_FOLDERS(home);
+    std::filesystem::copy(sourcePath("data/raman/model_library"), ramanLibraryFolder(home));
+    CREATE_SEARCH_LIB(home);
 }
 
 /// The lines of a text file.

@@ -2,6 +2,7 @@
 // derived on demand, the measured examples, and the model library under a background twice its
 // highest band, a calibration shift of +-2 cm-1 and noise at S/N 20.
 #include "TestSupport.h"
+#include "library/LibraryTestSupport.h"
 
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
@@ -66,9 +67,7 @@ protected:
     // The model library, compiled: the robust file is left for the first robust search.
     static void SetUpTestSuite() {
         home = new test::TempFolder;
-        SET_UP_FOLDERS(home->path());
-        std::filesystem::copy(test::sourcePath("data/raman/model_library"), folder());
-        CREATE_SEARCH_LIB(home->path());
+        test::compileModelLibrary(home->path());
     }
     static void TearDownTestSuite() {
         delete home;

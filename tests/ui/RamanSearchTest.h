@@ -15,6 +15,7 @@ private slots:
     void selectingAResultOverlaysItsReference();
     void missingLibraryNeedsCompiling();
     void workflowTakesFiveActions();
+    void modeSelectorAndSearchResidual();
 };
 
 } // namespace quarvex::test
