@@ -14,10 +14,14 @@ private slots:
     void referenceListOrdersDeletesAndTicks();
     void assignmentEditsChangeTheRefinementInput();
     void projectReopensWithPeaksAndAssignments();
+    void projectReopensWithItsLastRefinement();
     void createSpectrumFromDifAddsAPattern();
     void popupCommandsDispatchOnTheSelectedReference();
     void unattendedRunsNeverWait();
     void refineZeroAddsTheJointSection();
+    void onlyRealEditsOfARowAreSignalled();
+    void matchedTableShowsTheFitOfEachLine();
+    void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
 } // namespace quarvex::test
