@@ -88,8 +88,26 @@ Json phaseJson(const XrayPhase& phase) {
                 {"matches", matchesJson(phase)}};
 }
 
+// The refinement the project was saved with; null when it holds none.
+Json refinedJson(const std::optional<RefinedCellRecord>& refined) {
+    if (!refined) {
+        return nullptr;
+    }
+    return Json{{"system", refined->system},
+                {"lines", refined->lines},
+                {"cell", refined->cell},
+                {"errors", refined->error},
+                {"volume", refined->volume},
+                {"volume_error", refined->volumeError},
+                {"rmse", refined->rmse},
+                {"machine_error", refined->machineError},
+                {"input", refined->input.string()},
+                {"report", refined->report.string()}};
+}
+
 int runShow(const ShowOptions& options, ProgramState& state) {
     const int index = openXrayProject(options.path, state.specdata, state.xrayPeak);
+    const std::optional<RefinedCellRecord> refined = loadRefinedRecord(state.xrayPeak.projectFile);
     const auto x = state.specdata.xValues(index);
     const auto k = static_cast<std::size_t>(index);
     Json phases = Json::array();
@@ -104,7 +122,8 @@ int runShow(const ShowOptions& options, ProgramState& state) {
                       {"x_first", jsonNumber(x.front())},
                       {"x_last", jsonNumber(x.back())}}},
                     {"wavelengths", state.xrayPeak.wavelengths},
-                    {"phases", phases}};
+                    {"phases", phases},
+                    {"refined", refinedJson(refined)}};
     if (options.json) {
         std::cout << json.dump(2) << '\n';
         return 0;
@@ -123,6 +142,11 @@ int runShow(const ShowOptions& options, ProgramState& state) {
                   << phase.USEICP << " useihkl " << phase.USEIHKL << " useiints " << phase.USEIINTS
                   << '\n';
         printMatches(phase);
+    }
+    if (refined) {
+        std::cout << "Refined      " << refined->system << " cell "
+                  << json["refined"]["cell"].dump() << " from " << refined->lines
+                  << " lines, report " << refined->report.string() << '\n';
     }
     return 0;
 }

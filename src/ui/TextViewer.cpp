@@ -118,9 +118,15 @@ TextViewer* showTextFile(QWidget* parent, const std::filesystem::path& file, con
     if (!input.open(QIODevice::ReadOnly | QIODevice::Text)) {
         throw QuarvexError("The File Could Not Be Read: " + file.string(), title.toStdString());
     }
+    return showText(parent, QString::fromUtf8(input.readAll()), path, title,
+                    std::move(interaction));
+}
+
+TextViewer* showText(QWidget* parent, const QString& text, const QString& fileName,
+                     const QString& title, std::shared_ptr<UserInteraction> interaction) {
     auto* viewer = new TextViewer(title, std::move(interaction), parent);
     viewer->setAttribute(Qt::WA_DeleteOnClose);
-    viewer->setText(QString::fromUtf8(input.readAll()), path);
+    viewer->setText(text, fileName);
     viewer->show();
     viewer->raise();
     return viewer;

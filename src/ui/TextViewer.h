@@ -47,6 +47,11 @@ private:
     QString fileName_;
 };
 
+/// Shows `text` in a new viewer window of `parent` (closed and deleted by the user); `fileName`
+/// is the name Save As proposes.
+TextViewer* showText(QWidget* parent, const QString& text, const QString& fileName,
+                     const QString& title, std::shared_ptr<UserInteraction> interaction);
+
 /// Reads `file` and shows it in a new viewer window of `parent` (closed and deleted by the
 /// user). Throws QuarvexError (`title`) when the file cannot be read.
 TextViewer* showTextFile(QWidget* parent, const std::filesystem::path& file, const QString& title,

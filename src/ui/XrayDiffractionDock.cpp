@@ -194,7 +194,13 @@ QWidget* XrayDiffractionDock::buildPeakBox() {
     findButton_->setToolTip(QStringLiteral("Find the pattern's peaks, fit them and index them "
                                            "from the first ticked reference"));
     peakSummary_ = noteLabel(box);
+    stripKAlpha2_ = new QCheckBox(QStringLiteral("Strip Kα2"), box);
+    stripKAlpha2_->setToolTip(
+        QStringLiteral("Remove the K-alpha2 part of a K-alpha1 + K-alpha2 pattern before the "
+                       "peak search (Rachinger); the peaks are then matched with K-alpha1 only. "
+                       "The stripped pattern is drawn over the pattern while this is ticked."));
     row->addWidget(findButton_);
+    row->addWidget(stripKAlpha2_);
     row->addWidget(peakSummary_, 1);
     layout->addLayout(row);
     tabs_ = new QTabWidget(box);
@@ -211,6 +217,7 @@ QWidget* XrayDiffractionDock::buildPeakBox() {
 
     connect(findButton_, &QPushButton::clicked, this,
             [this] { emit commandRequested(kCmdFindXrayPeaks); });
+    connect(stripKAlpha2_, &QCheckBox::toggled, this, [this] { showStripPreview(); });
     connect(peakTable_, &XrayPeakTable::hklEdited, this, &XrayDiffractionDock::editHkl);
     connect(peakTable_, &XrayPeakTable::useToggled, this, &XrayDiffractionDock::setPeakUsed);
     return box;
@@ -254,8 +261,11 @@ QWidget* XrayDiffractionDock::buildRefineBox() {
     refineButton_->setToolTip(QStringLiteral("Refine the cell from the indexed peaks in use"));
     reportButton_ = new QPushButton(QStringLiteral("Open Report"), box);
     reportButton_->setToolTip(QStringLiteral("Show the report with Find, Copy and Save As"));
+    summaryButton_ = new QPushButton(QStringLiteral("Save Cell..."), box);
+    summaryButton_->setToolTip(QStringLiteral("Save the refined cell as a short text"));
     buttons->addWidget(refineButton_, 1);
     buttons->addWidget(reportButton_);
+    buttons->addWidget(summaryButton_);
     layout->addLayout(buttons);
     cell_ = new QLabel(box);
     cell_->setTextFormat(Qt::RichText);
@@ -273,14 +283,20 @@ QWidget* XrayDiffractionDock::buildRefineBox() {
     });
     connect(refineButton_, &QPushButton::clicked, this,
             [this] { emit commandRequested(kCmdRefineCell); });
-    connect(reportButton_, &QPushButton::clicked, this, [this] {
+    connect(summaryButton_, &QPushButton::clicked, this, [this] {
         try {
-            showTextFile(this, context_.state.inoutparms.reportPath,
-                         QStringLiteral("Refinement Report"), context_.interaction);
+            saveCellSummary();
         } catch (const QuarvexError& error) {
             context_.interaction->showError(this, QString::fromStdString(error.text()),
                                             QString::fromStdString(error.title()));
         }
+    });
+    connect(reportButton_, &QPushButton::clicked, this, [this] {
+        // The report as the pane shows it: a reopened project's is the one it was saved with.
+        const std::filesystem::path& path =
+            refined_ ? refined_->report : context_.state.inoutparms.reportPath;
+        showText(this, report_->toPlainText(), QString::fromStdString(path.string()),
+                 QStringLiteral("Refinement Report"), context_.interaction);
     });
     return box;
 }
@@ -299,6 +315,14 @@ void XrayDiffractionDock::connectPopup(QMenu& popup) {
 
 void XrayDiffractionDock::closeEvent(QCloseEvent* event) {
     context_.view.setReflectionTicks({}); // the list stays for the next opening
+    if (stripPreviewShown_) {
+        context_.view.setFitOverlay(std::nullopt);
+        stripPreviewShown_ = false;
+    }
+    if (peakMarksShown_) {
+        context_.view.setPeakMarks({});
+        peakMarksShown_ = false;
+    }
     QDockWidget::closeEvent(event);
 }
 

@@ -5,6 +5,7 @@
 #include "ui/Commands.h"
 #include "ui/ModeContext.h"
 #include "xray/JointRefine.h"
+#include "xray/RefinedCellRecord.h"
 #include "xray/XrayWorkflow.h"
 
 #include <QDockWidget>
@@ -62,9 +63,14 @@ public:
     /// Finds and fits the peaks of the active pattern (worker thread, progress dialog) and
     /// indexes them from the first active reference at once.
     void findPeaks();
+    /// Ticks or clears "Strip Kα2" (previewed at once).
+    void setStripKAlpha2(bool strip);
     /// Writes <pattern>_refine.DAT beside the pattern and refines (worker thread); shows the
     /// cell and the report.
     void refine();
+    /// Asks for a file (proposed: <pattern>_cell.txt beside the pattern) and writes the refined
+    /// cell's summary (refinedCellSummary) there.
+    void saveCellSummary();
     void newProject();
     void openProject();
     void saveProject();
@@ -91,7 +97,7 @@ public:
     /// The refined cell as shown (rich text), and the report.
     QString cellText() const;
     QString reportText() const;
-    /// The refinement input written by the last Refine.
+    /// The refinement input written by the last Refine of this session.
     const std::filesystem::path& lastInput() const { return lastInput_; }
 
 signals:
@@ -125,9 +131,15 @@ private:
     void refreshReferences();
     void refreshPhase();
     void refreshResults();
-    /// Marks the matched peaks that the joint refinement flagged (colour and tooltip).
-    void markDiagnostics();
+    /// The refinement's word on each matched peak in the table: observed minus calculated
+    /// 2-theta, the joint refinement's diagnostics, the flagged lines marked.
+    void showLineFits();
     void showTicks();
+    /// The fitted peaks of the phase marked on the pattern while the mode is open.
+    void showPeakMarks();
+    /// While "Strip Kα2" is ticked, the active pattern with K-alpha2 stripped over it (the part
+    /// removed in the strip below); an error unticks it.
+    void showStripPreview();
     void updateButtons();
     // Working on it (XrayDiffractionWork.cpp, XrayDiffractionFiles.cpp)
     void afterListChange(const std::string& indexedBefore);
@@ -153,6 +165,9 @@ private:
     QToolButton* deleteButton_ = nullptr;
     QLabel* indexNote_ = nullptr;
     QPushButton* findButton_ = nullptr;
+    QCheckBox* stripKAlpha2_ = nullptr; ///< strip K-alpha2 before the peak search
+    bool stripPreviewShown_ = false;    ///< the view's fit overlay is the stripped pattern
+    bool peakMarksShown_ = false;       ///< the view's peak marks are the fitted peaks
     QLabel* peakSummary_ = nullptr;
     QTabWidget* tabs_ = nullptr;
     XrayPeakTable* peakTable_ = nullptr;
@@ -165,13 +180,16 @@ private:
     JointRefineResult joint_;                 ///< the last joint refinement (ok false: none)
     QPushButton* refineButton_ = nullptr;
     QPushButton* reportButton_ = nullptr;
+    QPushButton* summaryButton_ = nullptr;
     QLabel* cell_ = nullptr;
     std::string patternPath_; ///< the file of the pattern the peaks belong to
     std::string shownPath_;   ///< the file of the active spectrum as last shown
     std::optional<double> typedWavelength_;
     std::string wavelengthSource_; ///< where the phase's wavelengths came from
     std::filesystem::path lastInput_;
-    bool resultsShown_ = false; ///< the refinement state holds results of this phase
+    /// The last refinement of the phase's peaks (this session's, or the one an opened project
+    /// kept); empty when there is none or the peaks were found anew.
+    std::optional<RefinedCellRecord> refined_;
     QString matchNote_;
 };
 

@@ -6,10 +6,12 @@
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "specdata/SpecDataManager.h"
+#include "ui/CsvExport.h"
 #include "ui/QtText.h"
 #include "ui/XrayDialogs.h"
 #include "xray/TheoreticalPattern.h"
 #include "xray/XrayDataAndFileManager.h"
+#include "xray/XrayMessages.h"
 #include "xray/XrayProjNew.h"
 #include "xray/XrayProjRead.h"
 #include "xray/XrayProjSave.h"
@@ -40,7 +42,8 @@ void XrayDiffractionDock::newProject() {
         patternPath_ = state.specdata.PATH[at(k)];
         applyWavelengths(wavelengthChoice(k));
     }
-    const XrayProject project = projectFromState(state.specdata, x);
+    XrayProject project = projectFromState(state.specdata, x);
+    project.refined = refined_;
     const std::filesystem::path mainFile = XRAYPROJNEW(given.toStdString(), project);
     if (!x.phases.empty()) {
         XRAYPROJSAVE(mainFile, project);
@@ -50,13 +53,34 @@ void XrayDiffractionDock::newProject() {
         QStringLiteral("Created the project %1").arg(QString::fromStdString(mainFile.string())));
 }
 
+void XrayDiffractionDock::saveCellSummary() {
+    if (!refined_) {
+        throw QuarvexError("Refine first: there is no refined cell to save.",
+                           std::string(kXrayDiffractionTitle));
+    }
+    const QFileInfo pattern(
+        QString::fromStdString(context_.state.specdata.PATH[at(context_.state.xrayPeak.pattern)]));
+    const QString path = context_.interaction->askSaveFileName(
+        this, QStringLiteral("Save Refined Cell"),
+        pattern.dir().filePath(pattern.completeBaseName() + QStringLiteral("_cell.txt")),
+        QStringLiteral("Text files (*.txt)"));
+    if (path.isEmpty()) {
+        return;
+    }
+    saveText(path, QString::fromStdString(refinedCellSummary(*refined_)),
+             std::string(kXrayDiffractionTitle));
+    emit statusMessage(QStringLiteral("Saved the refined cell to %1").arg(path));
+}
+
 void XrayDiffractionDock::saveProject() {
     XRAY_PEAK_GLOBALS& x = context_.state.xrayPeak;
     if (x.projectFile.empty() || phase() == nullptr) {
         newProject();
         return;
     }
-    XRAYPROJSAVE(x.projectFile, projectFromState(context_.state.specdata, x));
+    XrayProject project = projectFromState(context_.state.specdata, x);
+    project.refined = refined_;
+    XRAYPROJSAVE(x.projectFile, project);
     emit statusMessage(
         QStringLiteral("Saved the project %1").arg(QString::fromStdString(x.projectFile.string())));
 }
@@ -77,7 +101,9 @@ void XrayDiffractionDock::openProject() {
     patternPath_ = state.specdata.PATH[at(k)];
     shownPath_ = patternPath_;
     typedWavelength_.reset();
-    resultsShown_ = false;
+    joint_ = {};
+    lastInput_.clear();
+    refined_ = loadRefinedRecord(state.xrayPeak.projectFile);
     wavelengthSource_ = "project";
     if (state.xrayPeak.wavelengths.empty()) {
         applyWavelengths(wavelengthChoice(k));

@@ -116,10 +116,13 @@ void XrayDiffractionDock::spectraChanged() {
     refreshReferences();
     refreshPhase();
     refreshResults();
+    showStripPreview();
 }
 
 void XrayDiffractionDock::activate() {
     showTicks();
+    showPeakMarks();
+    showStripPreview();
 }
 
 void XrayDiffractionDock::refreshPattern() {
@@ -247,26 +250,49 @@ void XrayDiffractionDock::refreshPhase() {
     system_->setEnabled(p != nullptr);
     startFromCell_->setChecked(p != nullptr && p->USEICP);
     startFromCell_->setEnabled(p != nullptr);
+    showPeakMarks();
     updateButtons();
+}
+
+void XrayDiffractionDock::showPeakMarks() {
+    const XrayPhase* p = phase();
+    if (isHidden() || p == nullptr) {
+        if (peakMarksShown_) {
+            context_.view.setPeakMarks({});
+            peakMarksShown_ = false;
+        }
+        return;
+    }
+    PeakMarks marks;
+    marks.spectrum = context_.state.xrayPeak.pattern;
+    for (int k = 0; k < p->peaks.count(); ++k) {
+        marks.found.push_back(p->peaks.twoTheta(k));
+    }
+    context_.view.setPeakMarks(std::move(marks));
+    peakMarksShown_ = true;
 }
 
 void XrayDiffractionDock::refreshResults() {
     const XrayPhase* p = phase();
-    if (resultsShown_ && p != nullptr) {
-        cell_->setText(refinedCellHtml(context_.state.inoutparms, context_.state.datastff, p->ICP));
+    if (refined_ && p != nullptr) {
+        cell_->setText(refinedCellHtml(*refined_, p->ICP));
     } else {
         cell_->setText(QStringLiteral("<span style='color:#777'>Refine to see the cell with its "
                                       "standard errors.</span>"));
     }
+    // The kept report of the refinement shown; after a run without results, the report that
+    // tells why.
     QString report;
-    const std::filesystem::path& path = context_.state.inoutparms.reportPath;
-    QFile file(QString::fromStdString(path.string()));
-    if (!lastInput_.empty() && file.open(QIODevice::ReadOnly)) {
+    QFile file(QString::fromStdString(context_.state.inoutparms.reportPath.string()));
+    if (refined_) {
+        report = QString::fromStdString(refined_->reportText);
+    } else if (!lastInput_.empty() && file.open(QIODevice::ReadOnly)) {
         report = QString::fromUtf8(file.readAll());
     }
     if (report != report_->toPlainText()) {
         report_->setPlainText(report); // only a new report moves the reader back to its top
     }
+    showLineFits();
     updateButtons();
 }
 
@@ -315,7 +341,8 @@ void XrayDiffractionDock::updateButtons() {
     deleteButton_->setEnabled(selected >= 0);
     findButton_->setEnabled(canRun(kCmdFindXrayPeaks));
     refineButton_->setEnabled(canRun(kCmdRefineCell));
-    reportButton_->setEnabled(!lastInput_.empty());
+    reportButton_->setEnabled(!report_->toPlainText().isEmpty());
+    summaryButton_->setEnabled(refined_.has_value());
 }
 
 int XrayDiffractionDock::selectedReference() const {

@@ -6,6 +6,7 @@
 #include "common/QuarvexError.h"
 #include "ui/ProgressRunner.h"
 #include "ui/QtText.h"
+#include "ui/SpectrumView.h"
 #include "ui/XrayPeakTable.h"
 #include "xray/FiguresOfMerit.h"
 #include "xray/JointRefineReport.h"
@@ -16,13 +17,13 @@
 #include "xray/XrayPeakFit.h"
 
 #include <QCheckBox>
-#include <QColor>
 #include <QFileInfo>
 #include <QSignalBlocker>
 #include <QTabWidget>
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <stdexcept>
 
 namespace quarvex::ui {
@@ -125,7 +126,7 @@ void XrayDiffractionDock::indexFromFirstActive() {
     next.peaks = std::move(current->peaks);
     next.USEIINTS = current->USEIINTS;
     *current = std::move(next);
-    resultsShown_ = false;
+    refined_.reset();
     applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
 }
 
@@ -159,8 +160,8 @@ void XrayDiffractionDock::rematch() {
 
 void XrayDiffractionDock::clearPattern() {
     context_.state.xrayPeak = {};
+    refined_.reset();
     patternPath_.clear();
-    resultsShown_ = false;
     matchNote_.clear();
 }
 
@@ -182,11 +183,17 @@ void XrayDiffractionDock::findPeaks() {
     const SPECDATA_GLOBALS& s = state.specdata;
     const int k = activeSpectrum(s);
     requireDiffractionPattern(k);
-    const WavelengthChoice choice = wavelengthChoice(k);
+    WavelengthChoice choice = wavelengthChoice(k);
+    std::vector<float> stripped;
+    std::span<const float> intensities = s.yValues(k);
+    if (stripKAlpha2_->isChecked()) {
+        stripped = alpha1Intensities(s.xValues(k), intensities, choice);
+        intensities = stripped;
+    }
     const PeakFitSettings settings = peakFitSettings(state.quarvex.preferences);
     XrayPeakList peaks;
     runWithProgress(this, QStringLiteral("Fitting Peaks..."), [&](const ProgressCallback&) {
-        peaks = fitPatternPeaks(s.xValues(k), s.yValues(k), settings, choice.wavelengths.front());
+        peaks = fitPatternPeaks(s.xValues(k), intensities, settings, choice.wavelengths.front());
     });
     if (peaks.count() == 0) {
         fail("No peak of " + s.NAME[at(k)] + " stands out of its noise: nothing to match.");
@@ -209,12 +216,46 @@ void XrayDiffractionDock::findPeaks() {
     x.phases = {std::move(next)};
     x.pattern = k;
     patternPath_ = s.PATH[at(k)];
-    resultsShown_ = false;
+    refined_.reset();
     applyWavelengths(choice);
     tabs_->setCurrentIndex(0);
     refreshPattern();
     refreshPhase();
     refreshResults();
+}
+
+void XrayDiffractionDock::setStripKAlpha2(bool strip) {
+    stripKAlpha2_->setChecked(strip);
+}
+
+void XrayDiffractionDock::showStripPreview() {
+    const SPECDATA_GLOBALS& s = context_.state.specdata;
+    const int k = activeSpectrum(s);
+    if (isHidden() || !stripKAlpha2_->isChecked() || k < 0 || !isDiffractionPattern(k)) {
+        if (stripPreviewShown_) {
+            context_.view.setFitOverlay(std::nullopt);
+            stripPreviewShown_ = false;
+        }
+        return;
+    }
+    WavelengthChoice choice = wavelengthChoice(k);
+    FitOverlay preview;
+    try {
+        preview.fitted = alpha1Intensities(s.xValues(k), s.yValues(k), choice);
+    } catch (const QuarvexError& error) {
+        const QSignalBlocker quiet(stripKAlpha2_);
+        stripKAlpha2_->setChecked(false);
+        showStripPreview();
+        context_.interaction->showError(this, QString::fromStdString(error.text()),
+                                        QString::fromStdString(error.title()));
+        return;
+    }
+    preview.spectrum = k;
+    preview.legend = QStringLiteral("Kα2 stripped (preview)");
+    preview.x.assign(s.xValues(k).begin(), s.xValues(k).end());
+    preview.measured.assign(s.yValues(k).begin(), s.yValues(k).end());
+    context_.view.setFitOverlay(std::move(preview));
+    stripPreviewShown_ = true;
 }
 
 void XrayDiffractionDock::refine() {
@@ -249,9 +290,11 @@ void XrayDiffractionDock::refine() {
         appendToReport(state.inoutparms.reportPath, jointReportSection(jointResult));
     }
     lastInput_ = input;
-    resultsShown_ = refined;
+    refined_.reset();
+    if (refined) {
+        refined_ = refinedCellRecord(state.inoutparms, state.datastff, input);
+    }
     refreshResults();
-    markDiagnostics();
     if (refined && (joint.refineZero || joint.refineDisplacement) && !jointResult.ok) {
         tabs_->setCurrentIndex(1);
         fail(jointResult.message);
@@ -301,43 +344,61 @@ void XrayDiffractionDock::setPeakUsed(int peak, bool use) {
         p->peaks.USEPK[at(peak)] = use;
         refreshPhase();
         // With the joint refinement on, taking a line out (or back) refines again at once.
-        if (resultsShown_ && (refineZero_->isChecked() || refineDisplacement_->isChecked())) {
+        if (refined_ && (refineZero_->isChecked() || refineDisplacement_->isChecked())) {
             emit commandRequested(kCmdRefineCell);
         }
     }
 }
 
-void XrayDiffractionDock::markDiagnostics() {
+namespace {
+
+// The peak whose fitted position and h k l a refined line carries (the input holds the peak's
+// 2-theta as written), or -1.
+int peakOfLine(const XrayPhase& phase, const std::array<int, 3>& hkl, double twoTheta) {
+    for (const PeakAssignment& a : phase.assignments) {
+        if (a.hkl == hkl && std::abs(phase.peaks.twoTheta(a.peak) - twoTheta) <= 1e-3) {
+            return a.peak;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+void XrayDiffractionDock::showLineFits() {
     const XrayPhase* p = phase();
-    if (p == nullptr || !joint_.ok) {
+    std::vector<std::optional<LineFit>> fits;
+    // The refinement arrays are this phase's only after a Refine of this session.
+    if (p == nullptr || !refined_ || lastInput_.empty()) {
+        peakTable_->showLineFits(std::move(fits));
         return;
     }
-    // Colouring a row is an item change too: without the blocker it would read as a Use toggle
-    // and refine again under this loop.
-    const QSignalBlocker quiet(peakTable_);
-    for (const JointLineResult& line : joint_.lines) {
-        if (!line.highLeverage && !line.outlier) {
-            continue;
-        }
-        // The input line of a peak carries its fitted position and its h k l.
-        for (const PeakAssignment& a : p->assignments) {
-            if (a.hkl != std::array<int, 3>{line.h, line.k, line.l} ||
-                std::abs(p->peaks.twoTheta(a.peak) - line.twoThetaObsDeg) > 1e-3 ||
-                a.peak >= peakTable_->topLevelItemCount()) {
-                continue;
-            }
-            QTreeWidgetItem* item = peakTable_->topLevelItem(a.peak);
-            const QString why =
-                QStringLiteral("Flagged by the joint refinement: hat %1%2, Rstudent %3")
-                    .arg(line.hat, 0, 'f', 3)
-                    .arg(line.highLeverage ? QStringLiteral(" (above 2p/n)") : QString())
-                    .arg(line.rstudent, 0, 'f', 2);
-            for (int column = 0; column < XrayPeakTable::kColumns; ++column) {
-                item->setBackground(column, QColor(0xff, 0xe0, 0xe0));
-                item->setToolTip(column, why);
-            }
+    fits.resize(static_cast<std::size_t>(p->peaks.count()));
+    const DATASTFF& run = context_.state.datastff;
+    for (std::size_t r = 0; r < static_cast<std::size_t>(run.NREF); ++r) {
+        const int peak = peakOfLine(*p, {run.h[r], run.k[r], run.l[r]}, run.TTHETAORIGINAL[r]);
+        if (peak >= 0) {
+            fits[at(peak)] = LineFit{};
+            fits[at(peak)]->obsMinusCalc = run.TTHETA[r] - run.TTHETAC[r];
         }
     }
+    for (const JointLineResult& line : joint_.ok ? joint_.lines : std::vector<JointLineResult>{}) {
+        const int peak = peakOfLine(*p, {line.h, line.k, line.l}, line.twoThetaObsDeg);
+        if (peak < 0) {
+            continue;
+        }
+        LineFit& fit = fits[at(peak)].emplace();
+        fit.obsMinusCalc = line.residualDeg;
+        fit.hat = line.hat;
+        fit.rstudent = line.rstudent;
+        fit.dffits = line.dffits;
+        fit.flagged = line.highLeverage || line.outlier;
+        fit.why = QStringLiteral("Flagged by the joint refinement: hat %1%2, Rstudent %3")
+                      .arg(line.hat, 0, 'f', 3)
+                      .arg(line.highLeverage ? QStringLiteral(" (above 2p/n)") : QString())
+                      .arg(line.rstudent, 0, 'f', 2);
+    }
+    peakTable_->showLineFits(std::move(fits));
 }
 
 void XrayDiffractionDock::setCrystalSystem(int sym) {

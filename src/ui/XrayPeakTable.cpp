@@ -40,6 +40,19 @@ private:
     const XrayPeakTable& table_;
 };
 
+// What a row last showed of the use flag and the h k l: an item change that leaves them as they
+// were (a colour, a tooltip) is no edit of the user.
+constexpr int kShownRole = Qt::UserRole + 1;
+
+// True (and the new value remembered) when the cell's value differs from the one last shown.
+bool changedByUser(QTreeWidgetItem& item, int column, const QVariant& value) {
+    if (item.data(column, kShownRole) == value) {
+        return false;
+    }
+    item.setData(column, kShownRole, value);
+    return true;
+}
+
 QString fixed(double value, int decimals) {
     return std::isfinite(value) ? QString::number(value, 'f', decimals) : QStringLiteral("–");
 }
@@ -72,9 +85,21 @@ XrayPeakTable::XrayPeakTable(QWidget* parent) : QTreeWidget(parent) {
     setColumnCount(kColumns);
     setHeaderLabels({QStringLiteral("#"), QStringLiteral("Use"), QStringLiteral("2-theta"),
                      QStringLiteral("d / Å"), QStringLiteral("h k l"),
-                     QStringLiteral("Ref. 2-theta"), QStringLiteral("Δ 2-theta")});
+                     QStringLiteral("Ref. 2-theta"), QStringLiteral("Δ 2-theta"),
+                     QStringLiteral("obs−calc"), QStringLiteral("hat"), QStringLiteral("Rstudent"),
+                     QStringLiteral("DFFITS")});
     headerItem()->setToolTip(kHkl, QStringLiteral("Double-click to change; \"none\" unassigns"));
     headerItem()->setToolTip(kDifference, QStringLiteral("Peak minus reflection, degrees"));
+    headerItem()->setToolTip(kObsMinusCalc,
+                             QStringLiteral("Observed minus calculated 2-theta of the refined "
+                                            "cell, degrees"));
+    headerItem()->setToolTip(kHat, QStringLiteral("Leverage of the line in the joint refinement; "
+                                                  "flagged above 2p/n"));
+    headerItem()->setToolTip(kRstudent, QStringLiteral("Studentised deleted residual; flagged "
+                                                       "above 2 in magnitude"));
+    headerItem()->setToolTip(kDffits,
+                             QStringLiteral("Change of the line's fitted value when it is left "
+                                            "out, in its standard errors"));
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     setAlternatingRowColors(true);
@@ -89,10 +114,11 @@ XrayPeakTable::XrayPeakTable(QWidget* parent) : QTreeWidget(parent) {
             return;
         }
         const int peak = indexOfTopLevelItem(item);
-        if (column == kHkl) {
+        const bool use = item->checkState(kUse) == Qt::Checked;
+        if (column == kHkl && changedByUser(*item, kHkl, item->text(kHkl))) {
             emit hklEdited(peak, item->text(kHkl));
-        } else if (column == kUse) {
-            emit useToggled(peak, item->checkState(kUse) == Qt::Checked);
+        } else if (column == kUse && changedByUser(*item, kUse, use)) {
+            emit useToggled(peak, use);
         }
     });
 }
@@ -119,6 +145,7 @@ void XrayPeakTable::showPhase(const XrayPhase* phase) {
         item->setText(kDSpacing, fixed(list.PKDSP[i], 4));
         const auto assigned = std::find_if(phase->assignments.begin(), phase->assignments.end(),
                                            [k](const PeakAssignment& a) { return a.peak == k; });
+        item->setData(kUse, kShownRole, static_cast<bool>(list.USEPK[i]));
         if (assigned != phase->assignments.end()) {
             const double reference = assigned->referenceTwoTheta;
             item->setText(kHkl, hklText(assigned->hkl, assigned->wave));
@@ -132,7 +159,9 @@ void XrayPeakTable::showPhase(const XrayPhase* phase) {
                 item->setText(column, QString());
             }
         }
-        for (const int column : {kNumber, kTwoTheta, kDSpacing, kReference, kDifference}) {
+        item->setData(kHkl, kShownRole, item->text(kHkl));
+        for (const int column : {kNumber, kTwoTheta, kDSpacing, kReference, kDifference,
+                                 kObsMinusCalc, kHat, kRstudent, kDffits}) {
             item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
         }
         item->setTextAlignment(kHkl, Qt::AlignCenter);
@@ -141,6 +170,7 @@ void XrayPeakTable::showPhase(const XrayPhase* phase) {
             item->setForeground(
                 column, palette().brush(plain ? QPalette::Text : QPalette::PlaceholderText));
         }
+        renderLineFit(*item, k);
     }
     if (selected >= 0 && selected < peaks) {
         setCurrentItem(topLevelItem(selected));
@@ -150,6 +180,36 @@ void XrayPeakTable::showPhase(const XrayPhase* phase) {
         setColumnWidth(column, std::max(columnWidth(column), column == kHkl ? 86 : 44));
     }
     filling_ = false;
+}
+
+void XrayPeakTable::showLineFits(std::vector<std::optional<LineFit>> fits) {
+    fits_ = std::move(fits);
+    filling_ = true;
+    for (int k = 0; k < topLevelItemCount(); ++k) {
+        renderLineFit(*topLevelItem(k), k);
+    }
+    for (const int column : {kObsMinusCalc, kHat, kRstudent, kDffits}) {
+        resizeColumnToContents(column);
+        setColumnWidth(column, std::max(columnWidth(column), 44));
+    }
+    filling_ = false;
+}
+
+void XrayPeakTable::renderLineFit(QTreeWidgetItem& item, int peak) {
+    const auto p = static_cast<std::size_t>(peak);
+    const LineFit none;
+    const LineFit& fit = p < fits_.size() && fits_[p] ? *fits_[p] : none;
+    const auto signedText = [](double value, int decimals) {
+        return std::isfinite(value) ? QString::asprintf("%+.*f", decimals, value) : QString();
+    };
+    item.setText(kObsMinusCalc, signedText(fit.obsMinusCalc, 4));
+    item.setText(kHat, std::isfinite(fit.hat) ? QString::number(fit.hat, 'f', 3) : QString());
+    item.setText(kRstudent, signedText(fit.rstudent, 2));
+    item.setText(kDffits, signedText(fit.dffits, 2));
+    for (int column = 0; column < kColumns; ++column) {
+        item.setBackground(column, fit.flagged ? QBrush(QColor(0xff, 0xe0, 0xe0)) : QBrush());
+        item.setToolTip(column, fit.flagged ? fit.why : QString());
+    }
 }
 
 } // namespace quarvex::ui

@@ -2,7 +2,7 @@
 // beside the reference cell, the volume and how the refinement went.
 #pragma once
 
-#include "xray/RefineState.h"
+#include "xray/RefinedCellRecord.h"
 
 #include <QString>
 
@@ -14,7 +14,6 @@ namespace quarvex::ui {
 /// each as value ± standard error (a parameter that the crystal system fixes: its value and
 /// "fixed"), each followed by the reference cell's value in grey; then the crystal system, the
 /// lines used, the rmse, the machine error (and whether its search converged) and the iterations.
-QString refinedCellHtml(const INOUTPARMS& io, const DATASTFF& data,
-                        const std::array<float, 6>& reference);
+QString refinedCellHtml(const RefinedCellRecord& refined, const std::array<float, 6>& reference);
 
 } // namespace quarvex::ui

@@ -11,7 +11,8 @@ namespace quarvex {
 /// Reads the project whose main file is `mainFile`: a saved project (its main file has a
 /// "<numphases> " line) needs the four files of every phase; a new project has one phase whose
 /// ".ref" and ".input" files may be missing. Phase files are found under their saved names
-/// ("Phase1.peak") or a new project's ("phase1.peak"). Throws QuarvexError (title "X-ray
+/// ("Phase1.peak") or a new project's ("phase1.peak"). The last refinement is read from
+/// refinedRecordPath when that file is there. Throws QuarvexError (title "X-ray
 /// Project") naming the file and line for a missing file, a count that does not agree with the
 /// lines that follow, or a line that does not read.
 XrayProject readXrayProject(const std::filesystem::path& mainFile);

@@ -133,9 +133,17 @@ void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& proj
         WRITEPHASEREF(files.add(phaseFilePath(mainFile, number, PhaseFile::Ref)), phase);
         WRITEPHASEINPUT(files.add(phaseFilePath(mainFile, number, PhaseFile::Input)), phase);
     }
+    if (project.refined) {
+        writeRefinedRecord(files.add(refinedRecordPath(mainFile)), *project.refined);
+    }
     WRITEXPROJ(files.add(mainFile), project);
     files.commitAll();
     removeNewProjectNames(mainFile);
+    if (!project.refined) {
+        // A record of peaks or assignments that were changed since is no longer theirs.
+        std::error_code ignored;
+        std::filesystem::remove(refinedRecordPath(mainFile), ignored);
+    }
 }
 
 } // namespace quarvex

@@ -35,7 +35,9 @@ void WRITEPHASEINPUT(std::ostream& out, const XrayPhase& phase);
 /// a killed one is either not there or completed by the next read or save. The save first
 /// completes an interrupted save and removes the temporary files of killed ones. The names a new
 /// project gave its first phase's files ("phase1.peak", "phase1.info") are removed once their
-/// saved successors are in place. The pattern file is not rewritten. Throws QuarvexError (title
+/// saved successors are in place. The pattern file is not rewritten. The project's last
+/// refinement (refinedRecordPath) joins the set when it holds one; otherwise a record left from
+/// an earlier save is removed after the commit. Throws QuarvexError (title
 /// "X-ray Project") when a folder or file cannot be written. `beforeStep` is for tests.
 void XRAYPROJSAVE(const std::filesystem::path& mainFile, const XrayProject& project,
                   const CommitStepHook& beforeStep = {});

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "specdata/SpecDataGlobals.h"
+#include "xray/RefinedCellRecord.h"
 #include "xray/XrayGlobals.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,7 @@ struct XrayProject {
     SpectrumRecord pattern;          ///< name, data type, x (2-theta) and y of the pattern
     std::vector<double> wavelengths; ///< 0 to 3 wavelengths, angstroms (none: not yet known)
     std::vector<XrayPhase> phases;   ///< phase n is index n-1
+    std::optional<RefinedCellRecord> refined; ///< the last refinement (refinedRecordPath)
 };
 
 inline constexpr std::string_view kProjectExtension = ".xproj";
@@ -75,7 +78,8 @@ std::filesystem::path projectFolderFile(const std::filesystem::path& given);
 std::filesystem::path resolveProjectFile(const std::filesystem::path& path);
 
 /// The project of the state: the pattern (spectrum `xrayPeak.pattern`), the wavelengths and
-/// the phases. Throws QuarvexError (title "X-ray Project") when no pattern is set.
+/// the phases (no refinement: its owner adds it). Throws QuarvexError (title "X-ray Project") when
+/// no pattern is set.
 XrayProject projectFromState(const SPECDATA_GLOBALS& specdata, const XRAY_PEAK_GLOBALS& xrayPeak);
 
 } // namespace quarvex

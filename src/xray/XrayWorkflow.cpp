@@ -26,25 +26,6 @@ namespace {
     throw QuarvexError(text, std::string(kXrayDiffractionTitle));
 }
 
-// The pattern's intensities without K-alpha2, for the peak search; the wavelengths keep
-// K-alpha1 only, so that the peaks are matched with it alone.
-std::vector<float> alpha1Intensities(std::span<const float> x, std::span<const float> y,
-                                     WavelengthChoice& choice) {
-    const double alpha1 = choice.wavelengths.front();
-    const std::optional<double> alpha2 =
-        choice.wavelengths.size() > 1 ? choice.wavelengths[1] : kAlpha2For(alpha1);
-    if (!alpha2) {
-        fail("No K-alpha2 wavelength is known for " + shortestText(alpha1) +
-             " angstroms: cannot strip K-alpha2.");
-    }
-    std::vector<float> stripped = stripKAlpha2(x, y, alpha1, *alpha2);
-    if (stripped.empty()) {
-        fail("The pattern's 2-theta values do not rise point by point: cannot strip K-alpha2.");
-    }
-    choice.wavelengths.resize(1);
-    return stripped;
-}
-
 // A single-precision setting as the double its text means (1.540562F is 1.540562, not
 // 1.5405620336...).
 double asWritten(float value) {
@@ -69,6 +50,23 @@ int requireSystem(const std::string& name) {
 }
 
 } // namespace
+
+std::vector<float> alpha1Intensities(std::span<const float> x, std::span<const float> y,
+                                     WavelengthChoice& choice) {
+    const double alpha1 = choice.wavelengths.front();
+    const std::optional<double> alpha2 =
+        choice.wavelengths.size() > 1 ? choice.wavelengths[1] : kAlpha2For(alpha1);
+    if (!alpha2) {
+        fail("No K-alpha2 wavelength is known for " + shortestText(alpha1) +
+             " angstroms: cannot strip K-alpha2.");
+    }
+    std::vector<float> stripped = stripKAlpha2(x, y, alpha1, *alpha2);
+    if (stripped.empty()) {
+        fail("The pattern's 2-theta values do not rise point by point: cannot strip K-alpha2.");
+    }
+    choice.wavelengths.resize(1);
+    return stripped;
+}
 
 WavelengthChoice chooseWavelengths(std::optional<double> given, std::string_view patternWave,
                                    const DIFF_GLOBALS& diff, int reference, float preference) {

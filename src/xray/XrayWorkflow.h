@@ -40,6 +40,14 @@ struct WavelengthChoice {
 WavelengthChoice chooseWavelengths(std::optional<double> given, std::string_view patternWave,
                                    const DIFF_GLOBALS& diff, int reference, float preference);
 
+/// The pattern's intensities with K-alpha2 stripped (stripKAlpha2, ratio kKAlpha2Ratio), for the
+/// peak search; `choice` keeps its first wavelength only, so that the peaks are matched with
+/// K-alpha1 alone. K-alpha2 is the choice's second wavelength, else the one of the anode of its
+/// first (kAlpha2For). Throws QuarvexError (title "X-ray Diffraction") when no K-alpha2 is known
+/// or x does not rise point by point.
+std::vector<float> alpha1Intensities(std::span<const float> x, std::span<const float> y,
+                                     WavelengthChoice& choice);
+
 /// Throws QuarvexError (title "X-ray Diffraction") unless spectrum `index` has x values within
 /// 0 to 180 degrees.
 void requireTwoThetaPattern(const SPECDATA_GLOBALS& specdata, int index);

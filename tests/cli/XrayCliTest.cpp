@@ -79,6 +79,7 @@ TEST(XrayCli, XrayRefineAndAProjectOfItsMatches) {
     EXPECT_EQ(project["phases"][0]["name"], "Halite");
     EXPECT_EQ(project["phases"][0]["numinp"], 9);
     EXPECT_EQ(project["phases"][0]["matches"], json["matches"]);
+    EXPECT_TRUE(project["refined"].is_null()); // a save keeps no refinement it did not make
 }
 
 // The shipped example is what its recorded command makes, and refines to the reference cell

@@ -13,6 +13,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -289,6 +290,46 @@ void XrayDiffractionTest::projectReopensWithPeaksAndAssignments() {
     QVERIFY(cellNearQuartz(reopened.state.datastff));
 }
 
+void XrayDiffractionTest::projectReopensWithItsLastRefinement() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    button(dock, "Refine")->click();
+    const QString cell = dock.cellText();
+    const QString report = dock.reportText();
+    QVERIFY(cell.contains(QStringLiteral("%1 lines").arg(fixture.state.datastff.NREF)));
+    QVERIFY(report.contains(QStringLiteral("Refined cell:")));
+    fixture.interaction->saveName =
+        QString::fromStdString((fixture.home.path() / "quartz.xproj").string());
+    QCOMPARE(fixture.window->dispatch(ui::kCmdSaveXrayProject), ui::DispatchResult::Done);
+    const std::filesystem::path mainFile = fixture.home.path() / "quartz" / "quartz.xproj";
+    // The run's own report may change or go: the project keeps its copy.
+    std::filesystem::remove(fixture.state.inoutparms.reportPath);
+
+    WindowFixture reopened;
+    reopened.interaction->filesToOpen = {QString::fromStdString(mainFile.string())};
+    QCOMPARE(reopened.window->dispatch(ui::kCmdOpenXrayProject), ui::DispatchResult::Done);
+    QVERIFY(reopened.interaction->errors.empty());
+    reopened.window->dispatch(ui::kCmdXrayMode);
+    ui::XrayDiffractionDock& again = dockOf(reopened);
+    QCOMPARE(again.cellText(), cell);
+    QCOMPARE(again.reportText(), report);
+    QVERIFY(button(again, "Open Report")->isEnabled());
+    // The reopened cell saves as text too.
+    const std::filesystem::path summary = reopened.home.path() / "cell.txt";
+    reopened.interaction->saveName = QString::fromStdString(summary.string());
+    button(again, "Save Cell...")->click();
+    QVERIFY(reopened.interaction->errors.empty());
+    QVERIFY(readFile(summary).starts_with(
+        "Refined cell: HEXAGONAL, " + std::to_string(fixture.state.datastff.NREF) + " lines\n"));
+
+    // Peaks found anew are not the refined ones: the cell goes, and so does the kept record.
+    reopened.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(again.cellText().contains(QStringLiteral("Refine to see the cell")));
+    QCOMPARE(reopened.window->dispatch(ui::kCmdSaveXrayProject), ui::DispatchResult::Done);
+    QVERIFY(!std::filesystem::exists(refinedRecordPath(mainFile)));
+}
+
 void XrayDiffractionTest::createSpectrumFromDifAddsAPattern() {
     WindowFixture fixture;
     fixture.window->openFiles({patternCopy(fixture)});
@@ -423,6 +464,120 @@ void XrayDiffractionTest::refineZeroAddsTheJointSection() {
     QCOMPARE(fixture.state.datastff.NREF, lines - 1);
     QVERIFY(dock.reportText().contains(QStringLiteral("Joint refinement in 2-theta")));
     QCOMPARE(fixture.interaction->errors.size(), std::size_t{0});
+}
+
+// A colour or a tooltip set on a row is an item change too, but no edit: only a tick that really
+// changes is a Use toggle, only a new text an h k l edit.
+void XrayDiffractionTest::onlyRealEditsOfARowAreSignalled() {
+    WindowFixture fixture;
+    prepare(fixture);
+    XrayPeakTable& table = *dockOf(fixture).peakTable();
+    QSignalSpy toggled(&table, &XrayPeakTable::useToggled);
+    QSignalSpy edited(&table, &XrayPeakTable::hklEdited);
+    const int peak = phaseOf(fixture).assignments.front().peak;
+    QTreeWidgetItem& row = *table.topLevelItem(peak);
+    for (int column = 0; column < XrayPeakTable::kColumns; ++column) {
+        row.setBackground(column, QColor(0xff, 0xe0, 0xe0));
+        row.setToolTip(column, QStringLiteral("flagged"));
+    }
+    const Qt::CheckState shown = row.checkState(XrayPeakTable::kUse);
+    row.setCheckState(XrayPeakTable::kUse, shown);
+    row.setText(XrayPeakTable::kHkl, row.text(XrayPeakTable::kHkl));
+    QCOMPARE(toggled.count(), 0);
+    QCOMPARE(edited.count(), 0);
+
+    const Qt::CheckState other = shown == Qt::Checked ? Qt::Unchecked : Qt::Checked;
+    table.topLevelItem(peak)->setCheckState(XrayPeakTable::kUse, other);
+    QCOMPARE(toggled.count(), 1);
+    QCOMPARE(toggled.front().at(1).toBool(), other == Qt::Checked);
+    table.topLevelItem(peak)->setText(XrayPeakTable::kHkl, QStringLiteral("none"));
+    QCOMPARE(edited.count(), 1);
+}
+
+// After Refine each refined line shows observed minus calculated 2-theta; after the joint
+// refinement also its hat value, Rstudent and DFFITS, which obey the identities of the linear
+// model: the hat values add up to the parameter count, DFFITS = Rstudent sqrt(h / (1 - h)).
+void XrayDiffractionTest::matchedTableShowsTheFitOfEachLine() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    XrayPeakTable& table = *dock.peakTable();
+    const auto filled = [&table](int column) {
+        int rows = 0;
+        for (int row = 0; row < table.topLevelItemCount(); ++row) {
+            rows += table.topLevelItem(row)->text(column).isEmpty() ? 0 : 1;
+        }
+        return rows;
+    };
+    QCOMPARE(filled(XrayPeakTable::kObsMinusCalc), 0);
+    button(dock, "Refine")->click();
+    const int lines = fixture.state.datastff.NREF;
+    QVERIFY(lines > 5);
+    QCOMPARE(filled(XrayPeakTable::kObsMinusCalc), lines);
+    QCOMPARE(filled(XrayPeakTable::kHat), 0);
+    for (int row = 0; row < table.topLevelItemCount(); ++row) {
+        const QString text = table.topLevelItem(row)->text(XrayPeakTable::kObsMinusCalc);
+        QVERIFY2(text.isEmpty() || std::abs(text.toDouble()) < 0.02, qPrintable(text));
+    }
+
+    button(dock, "Refine zero")->click();
+    button(dock, "Refine")->click();
+    QCOMPARE(filled(XrayPeakTable::kHat), lines);
+    QCOMPARE(filled(XrayPeakTable::kRstudent), lines);
+    QCOMPARE(filled(XrayPeakTable::kDffits), lines);
+    double hatSum = 0.0;
+    for (int row = 0; row < table.topLevelItemCount(); ++row) {
+        const QTreeWidgetItem& item = *table.topLevelItem(row);
+        if (item.text(XrayPeakTable::kHat).isEmpty()) {
+            continue;
+        }
+        const double hat = item.text(XrayPeakTable::kHat).toDouble();
+        const double rstudent = item.text(XrayPeakTable::kRstudent).toDouble();
+        hatSum += hat;
+        // Both printed to 2 or 3 decimals: the identity holds to their rounding.
+        QVERIFY(std::abs(item.text(XrayPeakTable::kDffits).toDouble() -
+                         rstudent * std::sqrt(hat / (1.0 - hat))) < 0.02);
+    }
+    // Hexagonal quartz: a, c and the zero.
+    QVERIFY2(std::abs(hatSum - 3.0) < 0.0005 * lines + 1e-9, qPrintable(QString::number(hatSum)));
+
+    // Peaks found anew: no refinement speaks of them.
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QCOMPARE(filled(XrayPeakTable::kObsMinusCalc), 0);
+    QCOMPARE(filled(XrayPeakTable::kHat), 0);
+}
+
+void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    const ui::SpectrumView& view = *fixture.window->view();
+    QCOMPARE(view.peakMarks().spectrum, 0);
+    QCOMPARE(view.peakMarks().found.size(),
+             static_cast<std::size_t>(phaseOf(fixture).peaks.count()));
+    QCOMPARE(view.peakMarks().found.front(), phaseOf(fixture).peaks.twoTheta(0));
+    QVERIFY(!view.fitOverlay().has_value());
+
+    button(dock, "Strip Kα2")->click();
+    QVERIFY(view.fitOverlay().has_value());
+    const ui::FitOverlay& preview = *view.fitOverlay();
+    const auto y = fixture.state.specdata.yValues(0);
+    QCOMPARE(preview.measured, std::vector<float>(y.begin(), y.end()));
+    QCOMPARE(preview.fitted.size(), preview.measured.size());
+    // Nothing lies below the first point to strip; past a peak, its K-alpha2 share comes off.
+    QCOMPARE(preview.fitted.front(), preview.measured.front());
+    QVERIFY(preview.fitted != preview.measured);
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(fixture.interaction->errors.empty());
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{1});
+    for (const PeakAssignment& a : phaseOf(fixture).assignments) {
+        QCOMPARE(a.wave, 1);
+    }
+    button(dock, "Strip Kα2")->click();
+    QVERIFY(!view.fitOverlay().has_value());
+
+    dock.close(); // closing the mode takes its marks away
+    QVERIFY(view.peakMarks().found.empty());
 }
 
 } // namespace quarvex::test

@@ -15,10 +15,14 @@ private slots:
     void openReferenceComputesACif();
     void assignmentEditsChangeTheRefinementInput();
     void projectReopensWithPeaksAndAssignments();
+    void projectReopensWithItsLastRefinement();
     void createSpectrumFromDifAddsAPattern();
     void popupCommandsDispatchOnTheSelectedReference();
     void unattendedRunsNeverWait();
     void refineZeroAddsTheJointSection();
+    void onlyRealEditsOfARowAreSignalled();
+    void matchedTableShowsTheFitOfEachLine();
+    void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
 } // namespace quarvex::test

@@ -97,6 +97,7 @@ TEST(JointRefineTest, ZeroShiftRecoveredInEverySystemAndEqualsScipy) {
     }
     EXPECT_EQ(checked, 36);
     // monoclinic1_shift-0.05 lands at 3.1e-5 in a (2.8 esd); every other case within 3e-5.
+    // That is the noise, not the method (docs/refine.md, "Why one case of 36 ...").
     EXPECT_GE(withinTarget, 35);
 }
 

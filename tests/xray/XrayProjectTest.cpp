@@ -1,5 +1,6 @@
-// X-ray projects: new, save and read back reproduce every value bit for bit; a failed save
-// leaves the previous project whole; damaged projects are refused with the file and line.
+// X-ray projects: new, save and read back reproduce every value bit for bit, the last refinement
+// included; a failed save leaves the previous project whole; damaged projects are refused with
+// the file and line.
 #include "CommitKill.h"
 #include "TestSupport.h"
 
@@ -206,6 +207,25 @@ TEST(XrayProject, AKilledSaveIsOldOrNewNeverAMix) {
     }
 }
 
+RefinedCellRecord testRefinement() {
+    RefinedCellRecord record;
+    record.system = "Hexagonal";
+    record.lines = 17;
+    record.cell = {4.9134 + 1.0 / 3.0, 4.9134 + 1.0 / 3.0, 5.40512, 90.0, 90.0, 120.0};
+    record.error = {2.0e-5 / 3.0, 2.0e-5 / 3.0, 0.1, 0.0, 0.0, 0.0};
+    record.volume = 113.0 / 7.0;
+    record.volumeError = 1.0e-300;
+    record.rmse = 3.3e-5;
+    record.machineErrorSearched = true;
+    record.machineError = -0.0412;
+    record.iterations = 3;
+    record.iterationLimitHit = true;
+    record.input = "/data/run 1/quartz_refine.DAT";
+    record.report = "/data/run 1/quartzRefine.out";
+    record.reportText = "Cell refinement\n\n  a = 4.91\n<cell> is not a tag here\n\n";
+    return record;
+}
+
 struct DamageCase {
     const char* what;
     const char* file; ///< below the project folder
@@ -227,11 +247,26 @@ TEST(XrayProject, DamagedProjectsAreRefusedWithFileAndLine) {
          "peak 9 or wavelength 2 does not exist"},
         {"switch not 0 or 1", "Phase1/Phase1.input", "<useicp> 1", "<useicp> 2", "expected 0 or 1"},
         {"profile type 3", "Phase1/Phase1.peak", "\nT\n1\n", "\nT\n3\n", "1 or 2"},
+        {"record of another version", "q.refined", "<refined> 1", "<refined> 2",
+         "q.refined: line 1: a refinement"},
+        {"cell not a number", "q.refined", "<cell> ", "<cell> x", "q.refined: line 4: expected 6"},
+        {"infinite volume", "q.refined", "<volume> ", "<volume> inf ",
+         "q.refined: line 6: expected 2 finite"},
+        {"switch 2", "q.refined", "<machineerror> 1", "<machineerror> 2",
+         "q.refined: line 8: a switch must be 0 or 1"},
+        {"tag missing", "q.refined", "<rmse> ", "<rms> ",
+         "q.refined: line 7: expected a line beginning"},
+        {"more report lines", "q.refined", "<reportlines> 5", "<reportlines> 6",
+         "q.refined ends before"},
+        {"fewer report lines", "q.refined", "<reportlines> 5", "<reportlines> 3",
+         "q.refined: line 16: more lines than its count"},
     };
     for (const DamageCase& c : cases) {
         test::TempFolder folder;
-        const auto mainFile = XRAYPROJNEW(folder.path() / "q", testProject());
-        XRAYPROJSAVE(mainFile, testProject());
+        XrayProject project = testProject();
+        project.refined = testRefinement();
+        const auto mainFile = XRAYPROJNEW(folder.path() / "q", project);
+        XRAYPROJSAVE(mainFile, project);
         const auto damaged = mainFile.parent_path() / c.file;
         if (*c.from == '\0') {
             std::filesystem::remove(damaged);
@@ -250,6 +285,79 @@ TEST(XrayProject, DamagedProjectsAreRefusedWithFileAndLine) {
             EXPECT_EQ(error.title(), "X-ray Project");
         }
     }
+}
+
+// The record joins the staged set: it comes back equal, and a save without one removes it.
+TEST(XrayProject, TheLastRefinementIsKeptAndDroppedWithTheProject) {
+    test::TempFolder folder;
+    XrayProject project = testProject();
+    const auto mainFile = XRAYPROJNEW(folder.path() / "q", project);
+    EXPECT_EQ(refinedRecordPath(mainFile), folder.path() / "q" / "q.refined");
+    XRAYPROJSAVE(mainFile, project);
+    EXPECT_FALSE(readXrayProject(mainFile).refined.has_value());
+
+    project.refined = testRefinement();
+    XRAYPROJSAVE(mainFile, project);
+    const XrayProject back = readXrayProject(mainFile);
+    ASSERT_TRUE(back.refined.has_value());
+    EXPECT_EQ(*back.refined, *project.refined);
+    EXPECT_NE(test::readFile(refinedRecordPath(mainFile)).find("\n<reportlines> 5\n"),
+              std::string::npos);
+
+    ASSERT_TRUE(loadRefinedRecord(mainFile).has_value());
+    EXPECT_EQ(loadRefinedRecord(mainFile)->cell, project.refined->cell);
+
+    project.refined.reset();
+    XRAYPROJSAVE(mainFile, project);
+    EXPECT_FALSE(std::filesystem::exists(refinedRecordPath(mainFile)));
+}
+
+// The record made from a run: the figures of the run, the system without its padding, the
+// report with its Windows line ends read as lines.
+TEST(XrayProject, ARefinementRecordHoldsTheRunAndItsReport) {
+    test::TempFolder folder;
+    INOUTPARMS io;
+    DATASTFF data;
+    data.XTLSYS = "Cubic       ";
+    data.NREF = 8;
+    data.CELL = {5.4309, 5.4309, 5.4309, 90.0, 90.0, 90.0};
+    data.ERROR = {1.0e-4, 0.0, 0.0, 0.0, 0.0, 0.0};
+    io.volume = 160.18;
+    io.volumeError = 0.01;
+    io.rmse = 2.0e-5;
+    io.iterations = 2;
+    io.reportPath = folder.path() / "siRefine.out";
+    std::ofstream(io.reportPath, std::ios::binary) << "Title\r\n\r\nCell 5.4309\r\n";
+    const RefinedCellRecord record = refinedCellRecord(io, data, folder.path() / "si_refine.DAT");
+    EXPECT_EQ(record.system, "Cubic");
+    EXPECT_EQ(record.lines, 8);
+    EXPECT_EQ(record.cell, data.CELL);
+    EXPECT_EQ(record.error, data.ERROR);
+    EXPECT_EQ(record.volume, 160.18);
+    EXPECT_EQ(record.iterations, 2);
+    EXPECT_EQ(record.input, folder.path() / "si_refine.DAT");
+    EXPECT_EQ(record.report, io.reportPath);
+    EXPECT_EQ(record.reportText, "Title\n\nCell 5.4309\n");
+}
+
+TEST(XrayProject, TheRefinedCellSummaryReadsAsTheCell) {
+    RefinedCellRecord record = testRefinement();
+    record.cell = {4.913400, 4.913400, 5.405120, 90.0, 90.0, 120.0};
+    record.error = {2.1e-5, 2.1e-5, 3.04e-5, 0.0, 0.0, 0.0};
+    record.volume = 113.0108;
+    record.volumeError = 0.0012;
+    EXPECT_EQ(refinedCellSummary(record), "Refined cell: Hexagonal, 17 lines\n"
+                                          "a     = 4.913400 +/- 0.000021 A\n"
+                                          "b     = 4.913400 +/- 0.000021 A\n"
+                                          "c     = 5.405120 +/- 0.000030 A\n"
+                                          "alpha = 90.0000 deg (fixed)\n"
+                                          "beta  = 90.0000 deg (fixed)\n"
+                                          "gamma = 120.0000 deg (fixed)\n"
+                                          "V     = 113.0108 +/- 0.0012 A^3\n"
+                                          "rmse  = 3.3e-05\n"
+                                          "machine error -0.0412 deg (search did not converge)\n"
+                                          "input  /data/run 1/quartz_refine.DAT\n"
+                                          "report /data/run 1/quartzRefine.out\n");
 }
 
 } // namespace
