@@ -5,6 +5,7 @@
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "common/WorkingFolders.h"
 #include "library/ConsistencyExam.h"
 #include "library/DotProdSearch.h"
 #include "library/RobustSearch.h"
@@ -28,6 +29,7 @@ struct SearchOptions {
     std::optional<int> top;
     bool json = false;
     bool clean = false;
+    bool text = false;
     std::string mode = "dot";
 };
 
@@ -151,10 +153,24 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
                       : std::vector<float>{};
 
     const SearchMode mode = options.mode == "robust" ? SearchMode::Robust : SearchMode::Dot;
-    const auto compilation =
-        searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
-                      options.clean ? std::span<const float>(cleaned) : y.subspan(first, count),
-                      state.library, mode, terminalProgress());
+    const std::span<const float> unknownX = x.subspan(first, count);
+    const std::span<const float> unknownY =
+        options.clean ? std::span<const float>(cleaned) : y.subspan(first, count);
+    std::optional<LibraryCompilation> compilation;
+    if (mode == SearchMode::Dot) {
+        const std::filesystem::path& home = state.quarvex.programFolder;
+        compilation = compileLibraryWhenMissing(home, terminalProgress());
+        const LibrarySearchSource used =
+            READ_LIBRARY(ramanLibraryFolder(home), unknownX, unknownY, state.library,
+                         terminalProgress(), LibraryFileReader::kDefaultBufferSize,
+                         options.text ? GridSource::TextOnly : GridSource::CacheWhenValid);
+        if (!used.note.empty()) {
+            std::cerr << "Searched the library's text files: " << used.note << ".\n";
+        }
+    } else {
+        compilation = searchLibrary(state.quarvex.programFolder, unknownX, unknownY, state.library,
+                                    mode, terminalProgress());
+    }
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
         printCompilation(*compilation, std::cerr);
@@ -253,6 +269,8 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
     search->add_flag("--json", options->json, "Print JSON instead of a table");
     search->add_flag("--clean", options->clean,
                      "Remove cosmic-ray spikes and the background (ALS) from the range first");
+    search->add_flag("--text", options->text,
+                     "Read the library's text files, not its grid cache (the same scores)");
     search
         ->add_option("--mode", options->mode,
                      "dot: the dot-product search (default); robust: background removed, square "

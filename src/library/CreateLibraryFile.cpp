@@ -5,6 +5,7 @@
 #include "common/StagedFiles.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
+#include "library/GridCache.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <memory>
 
 namespace quarvex {
@@ -50,22 +52,38 @@ std::string_view wavelengthCode(std::string_view fileName) {
     return fileName.substr(std::min(start, fileName.size()), 3);
 }
 
-// "x y": each float in its shortest decimal form, which a free-format reader reads back exactly.
-void appendPoint(std::string& out, float x, float y) {
+// Below this magnitude a whole number's shortest text is its integer digits (from 1e5 on the
+// exponent form is shorter).
+constexpr float kIntegerTextLimit = 100000.0F;
+
+char* writeNumber(char* first, char* last, float value) {
+    // Grid positions are whole numbers: integer formatting gives the same text, faster.
+    if (std::fabs(value) < kIntegerTextLimit && value == std::trunc(value) &&
+        !(value == 0.0F && std::signbit(value))) {
+        return std::to_chars(first, last, static_cast<int>(value)).ptr;
+    }
+    return std::to_chars(first, last, value).ptr;
+}
+
+} // namespace
+
+void appendGridPoint(std::string& out, float x, float y) {
     std::array<char, 40> text{};
-    char* end = std::to_chars(text.data(), text.data() + text.size(), x).ptr;
+    char* end = writeNumber(text.data(), text.data() + text.size(), x);
     *end++ = ' ';
-    end = std::to_chars(end, text.data() + text.size(), y).ptr;
+    end = writeNumber(end, text.data() + text.size(), y);
     *end++ = '\n';
     out.append(text.data(), end);
 }
+
+namespace {
 
 void appendBlock(std::string& out, std::string_view name, const InterpData& grid) {
     out.append(kSeparatorLine);
     out.append(name);
     out.push_back('\n');
     for (int i = 0; i < grid.capacity(); ++i) {
-        appendPoint(out, grid.x[i], grid.y[i]);
+        appendGridPoint(out, grid.x[i], grid.y[i]);
     }
 }
 
@@ -107,6 +125,7 @@ public:
         // The robust file is derived from the Slow file: the next robust search derives it anew.
         std::error_code ignored;
         std::filesystem::remove(folder_ / kRobustLibraryFile, ignored);
+        std::filesystem::remove(gridCachePath(folder_), ignored);
         files_.commitAll();
     }
 
@@ -213,6 +232,9 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
                        static_cast<double>(i + 1) / static_cast<double>(names.size()));
     }
     files.commit();
+    // Made from the files just put in place and bound to them by their fingerprint: without it
+    // (a read-only folder) the search reads the text.
+    writeGridCache(result.folder);
     reportProgress(progress, kCompilingStatus, 1.0);
     return result;
 }

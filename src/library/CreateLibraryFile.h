@@ -77,6 +77,10 @@ struct SearchFileStreams {
     std::ostream& nameInfo;
 };
 
+/// Appends the data line "x y" of one grid point: each float in its shortest text, which reads
+/// back bit for bit.
+void appendGridPoint(std::string& out, float x, float y);
+
 /// What READ_AND_APPEND_SEARCH_FILE did with one file.
 enum class AppendOutcome {
     Appended,     ///< one entry added to each of the three files
