@@ -4,6 +4,7 @@
 #include "cli/CliCommand.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/GridCache.h"
 #include "library/MixtureSearch.h"
 #include "library/RobustSearch.h"
 #include "specdata/SpecDataManager.h"
@@ -37,6 +38,7 @@ struct SearchBenchOptions {
     std::string unknown;
     int repeats = 5;
     std::string mode = "dot";
+    bool text = false;
 };
 
 // Reference spectra as users have them: 100-1500 cm-1 every 0.5 cm-1, a dozen bands.
@@ -172,8 +174,17 @@ int runLibraryBench(const LibraryBenchOptions& options) {
               << megabytes(folder / kFastLibraryFile) << " MB\n"
               << "  peak memory " << peakMemoryMegabytes() << " MB (generating and compiling)\n";
 
-    const int status = runSelf({"bench", "search", "--home", home.string(), "--unknown",
-                                unknownFile.string(), "--repeat", std::to_string(options.repeats)});
+    std::cout << "  grid cache  " << megabytes(gridCachePath(folder)) << " MB\n";
+    const std::vector<std::string> search{"bench",     "search",
+                                          "--home",    home.string(),
+                                          "--unknown", unknownFile.string(),
+                                          "--repeat",  std::to_string(options.repeats)};
+    int status = runSelf(search);
+    if (status == 0) {
+        std::vector<std::string> fromText = search;
+        fromText.emplace_back("--text");
+        status = runSelf(fromText);
+    }
     if (options.keep) {
         std::cout << "kept: " << home.string() << '\n';
     } else {
@@ -188,6 +199,7 @@ int runSearchBench(const SearchBenchOptions& options, ProgramState& state) {
     const std::span<const float> y = state.specdata.yValues(index);
     const std::filesystem::path folder = ramanLibraryFolder(state.quarvex.programFolder);
     std::vector<double> seconds;
+    LibrarySearchSource used;
     const std::clock_t cpuStart = std::clock();
     for (int r = 0; r < options.repeats; ++r) {
         seconds.push_back(secondsTaken([&] {
@@ -198,7 +210,9 @@ int runSearchBench(const SearchBenchOptions& options, ProgramState& state) {
                 searchMixture(state.quarvex.programFolder, x, y, kDefaultMixtureComponents,
                               state.library, compilation);
             } else {
-                READ_LIBRARY(folder, x, y, state.library);
+                used = READ_LIBRARY(
+                    folder, x, y, state.library, {}, LibraryFileReader::kDefaultBufferSize,
+                    options.text ? GridSource::TextOnly : GridSource::CacheWhenValid);
             }
         }));
     }
@@ -208,7 +222,8 @@ int runSearchBench(const SearchBenchOptions& options, ProgramState& state) {
     const LIBRARY_GLOBALS& library = state.library;
     const auto best = static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS.front());
     std::cout << "search: " << library.count() << " entries, " << options.repeats << ' '
-              << options.mode << " searches in a fresh process\n"
+              << options.mode << " searches in a fresh process, grids from "
+              << (used.fromCache ? "the grid cache" : "the text files") << '\n'
               << "  first       " << first << " s\n"
               << "  fastest     " << seconds.front() << " s\n"
               << "  median      " << seconds[seconds.size() / 2] << " s\n"
@@ -247,6 +262,8 @@ std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app) {
                      "dot (two-pass, default), robust (the first search derives the robust file "
                      "when missing) or mixture (up to 3 components)")
         ->check(CLI::IsMember({"dot", "robust", "mixture"}));
+    search->add_flag("--text", searchOptions->text,
+                     "dot mode: read the text files, not the grid cache");
 
     return {{library, [libraryOptions](ProgramState&) { return runLibraryBench(*libraryOptions); }},
             {search, [searchOptions](ProgramState& state) {

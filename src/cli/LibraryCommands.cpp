@@ -33,6 +33,7 @@ struct SearchOptions {
     std::optional<int> top;
     bool json = false;
     bool clean = false;
+    bool text = false;
     std::string mode = "dot";
     bool mixture = false;
     int components = kDefaultMixtureComponents;
@@ -196,8 +197,22 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
         }
         return 0;
     }
-    const auto compilation = searchLibrary(state.quarvex.programFolder, x.subspan(first, count),
-                                           searchedY, state.library, mode, terminalProgress());
+    const std::span<const float> unknownX = x.subspan(first, count);
+    std::optional<LibraryCompilation> compilation;
+    if (mode == SearchMode::Dot) {
+        const std::filesystem::path& home = state.quarvex.programFolder;
+        compilation = compileLibraryWhenMissing(home, terminalProgress());
+        const LibrarySearchSource used =
+            READ_LIBRARY(ramanLibraryFolder(home), unknownX, searchedY, state.library,
+                         terminalProgress(), LibraryFileReader::kDefaultBufferSize,
+                         options.text ? GridSource::TextOnly : GridSource::CacheWhenValid);
+        if (!used.note.empty()) {
+            std::cerr << "Searched the library's text files: " << used.note << ".\n";
+        }
+    } else {
+        compilation = searchLibrary(state.quarvex.programFolder, unknownX, searchedY,
+                                    state.library, mode, terminalProgress());
+    }
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
         printCompilation(*compilation, std::cerr);
@@ -310,6 +325,8 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
     search->add_flag("--json", options->json, "Print JSON instead of a table");
     search->add_flag("--clean", options->clean,
                      "Remove cosmic-ray spikes and the background (ALS) from the range first");
+    search->add_flag("--text", options->text,
+                     "Read the library's text files, not its grid cache (the same scores)");
     search
         ->add_option("--mode", options->mode,
                      "dot: the dot-product search (default); robust: background removed, square "

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace quarvex {
 
@@ -20,7 +21,9 @@ LineReader::LineReader(const std::filesystem::path& path, std::size_t maxLineLen
                        std::size_t bufferSize)
     : file_(openReadableFile(path)), maxLineLength_(maxLineLength) {
     if (file_) {
-        buffer_.resize(std::max<std::size_t>(bufferSize, 1));
+        // Left uninitialised: only what fread put in is read, and readers open several per search.
+        capacity_ = std::max<std::size_t>(bufferSize, 1);
+        buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
     }
 }
 
@@ -28,10 +31,10 @@ bool LineReader::refill() {
     if (endOfFile_ || !file_) {
         return false;
     }
-    const std::size_t got = std::fread(buffer_.data(), 1, buffer_.size(), file_.get());
+    const std::size_t got = std::fread(buffer_.get(), 1, capacity_, file_.get());
     begin_ = 0;
     end_ = got;
-    if (got < buffer_.size()) {
+    if (got < capacity_) {
         endOfFile_ = true;
     }
     return got > 0;
@@ -52,7 +55,7 @@ bool LineReader::next(std::string_view& line) {
             line = longLine_; // the last line has no end of line
             break;
         }
-        const char* start = buffer_.data() + begin_;
+        const char* start = buffer_.get() + begin_;
         const auto* newline = static_cast<const char*>(std::memchr(start, '\n', end_ - begin_));
         const std::size_t length =
             newline ? static_cast<std::size_t>(newline - start) : end_ - begin_;

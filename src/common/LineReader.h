@@ -5,9 +5,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quarvex {
 
@@ -48,7 +48,8 @@ private:
 
     FilePointer file_;
     std::size_t maxLineLength_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_ = 0;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
     bool endOfFile_ = false;

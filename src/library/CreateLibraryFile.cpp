@@ -5,6 +5,7 @@
 #include "common/StagedFiles.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
+#include "library/GridCache.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
@@ -12,7 +13,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <future>
 #include <memory>
+#include <thread>
 
 namespace quarvex {
 
@@ -50,23 +54,78 @@ std::string_view wavelengthCode(std::string_view fileName) {
     return fileName.substr(std::min(start, fileName.size()), 3);
 }
 
-// "x y": each float in its shortest decimal form, which a free-format reader reads back exactly.
-void appendPoint(std::string& out, float x, float y) {
+// Below this magnitude a whole number's shortest text is its integer digits (from 1e5 on the
+// exponent form is shorter).
+constexpr float kIntegerTextLimit = 100000.0F;
+
+char* writeNumber(char* first, char* last, float value) {
+    // Grid positions are whole numbers: integer formatting gives the same text, faster.
+    if (std::fabs(value) < kIntegerTextLimit && value == std::trunc(value) &&
+        !(value == 0.0F && std::signbit(value))) {
+        return std::to_chars(first, last, static_cast<int>(value)).ptr;
+    }
+    return std::to_chars(first, last, value).ptr;
+}
+
+} // namespace
+
+void appendGridPoint(std::string& out, float x, float y) {
     std::array<char, 40> text{};
-    char* end = std::to_chars(text.data(), text.data() + text.size(), x).ptr;
+    char* end = writeNumber(text.data(), text.data() + text.size(), x);
     *end++ = ' ';
-    end = std::to_chars(end, text.data() + text.size(), y).ptr;
+    end = writeNumber(end, text.data() + text.size(), y);
     *end++ = '\n';
     out.append(text.data(), end);
 }
+
+namespace {
 
 void appendBlock(std::string& out, std::string_view name, const InterpData& grid) {
     out.append(kSeparatorLine);
     out.append(name);
     out.push_back('\n');
     for (int i = 0; i < grid.capacity(); ++i) {
-        appendPoint(out, grid.x[i], grid.y[i]);
+        appendGridPoint(out, grid.x[i], grid.y[i]);
     }
+}
+
+void writeText(std::ostream& out, const std::string& text) {
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+void appendPreparedEntry(const PreparedEntry& entry, SearchFileStreams files) {
+    if (entry.outcome == AppendOutcome::Appended) {
+        writeText(files.slow, entry.slow);
+        writeText(files.fast, entry.fast);
+        writeText(files.nameInfo, entry.nameInfo);
+    }
+}
+
+// Files prepared together, then written in folder order: the memory of one batch at a time.
+constexpr std::size_t kBatchSize = 64;
+
+// The entries of names[first, last), prepared by `workers` threads (the calling one among them),
+// each on a contiguous share, in the order of the names.
+std::vector<PreparedEntry> prepareBatch(const std::filesystem::path& folder,
+                                        const std::vector<std::string>& names, std::size_t first,
+                                        std::size_t last, unsigned workers) {
+    std::vector<PreparedEntry> entries(last - first);
+    const auto prepareShare = [&](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i) {
+            entries[i - first] = prepareSearchEntry(folder, names[i]);
+        }
+    };
+    const std::size_t share = (last - first + workers - 1) / workers;
+    std::vector<std::future<void>> others;
+    for (std::size_t from = first + share; from < last; from += share) {
+        others.push_back(
+            std::async(std::launch::async, prepareShare, from, std::min(from + share, last)));
+    }
+    prepareShare(first, std::min(first + share, last));
+    for (std::future<void>& other : others) {
+        other.get();
+    }
+    return entries;
 }
 
 // The files of the folder in byte order of their names, so the library is the same everywhere.
@@ -107,6 +166,7 @@ public:
         // The robust file is derived from the Slow file: the next robust search derives it anew.
         std::error_code ignored;
         std::filesystem::remove(folder_ / kRobustLibraryFile, ignored);
+        std::filesystem::remove(gridCachePath(folder_), ignored);
         files_.commitAll();
     }
 
@@ -129,15 +189,16 @@ bool isNotASpectrumFile(std::string_view fileName) {
     return fileName.starts_with(kLibraryFilePrefix) || fileName.starts_with(kConsistencyFilePrefix);
 }
 
-AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
-                                          const std::string& fileName, SearchFileStreams files,
-                                          std::string& reason) {
+PreparedEntry prepareSearchEntry(const std::filesystem::path& folder, const std::string& fileName) {
+    PreparedEntry entry;
     if (isNotASpectrumFile(fileName)) {
-        return AppendOutcome::NotASpectrum;
+        entry.outcome = AppendOutcome::NotASpectrum;
+        return entry;
     }
+    entry.outcome = AppendOutcome::Skipped;
     if (fileName.find_first_of("\r\n") != std::string::npos) {
-        reason = "its name holds a line break";
-        return AppendOutcome::Skipped;
+        entry.reason = "its name holds a line break";
+        return entry;
     }
     SpectrumRecord spectrum;
     InterpData fine;
@@ -146,43 +207,49 @@ AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
         // The spectrum reader puts the points in ascending x and merges duplicate x.
         spectrum = FILL_IN_SPECDATA_ARRAYS(folder / fileName, 0);
         if (spectrum.x.empty()) {
-            reason = "no data lines";
-            return AppendOutcome::Skipped;
+            entry.reason = "no data lines";
+            return entry;
         }
         fine = resampleSpectrum(spectrum.x, spectrum.y, kFineStep, true);
         coarse = resampleSpectrum(spectrum.x, spectrum.y, kCoarseStep, true);
     } catch (const QuarvexError& error) {
-        reason = error.text();
-        return AppendOutcome::Skipped;
+        entry.reason = error.text();
+        return entry;
     }
     // Normalising an all-zero grid divides by zero: such an entry could never be matched.
     if (!hasFiniteValues(fine) || !hasFiniteValues(coarse)) {
-        reason = "no intensity on the resampling grid (fewer than two points, or all zero)";
-        return AppendOutcome::Skipped;
+        entry.reason = "no intensity on the resampling grid (fewer than two points, or all zero)";
+        return entry;
     }
 
     const std::string_view name = trimmed(fileName);
-    std::string text;
-    text.reserve(static_cast<std::size_t>(fine.capacity()) * 24 + 256);
-    appendBlock(text, name, fine);
-    files.slow.write(text.data(), static_cast<std::streamsize>(text.size()));
-    text.clear();
-    appendBlock(text, name, coarse);
-    files.fast.write(text.data(), static_cast<std::streamsize>(text.size()));
-    text.clear();
+    entry.slow.reserve(static_cast<std::size_t>(fine.capacity()) * 24 + 256);
+    appendBlock(entry.slow, name, fine);
+    appendBlock(entry.fast, name, coarse);
     const MINERALINFO& header = spectrum.header;
-    appendValueLine(text, headerValue(header.id, kGreltIdKey));
-    appendValueLine(text, headerValue(header.names, kNamesKey));
-    appendValueLine(text, headerValue(header.locality, kLocalityKey));
-    appendValueLine(text, headerValue(header.chemistry, kChemistryKey));
-    appendValueLine(text, wavelengthCode(fileName));
-    files.nameInfo.write(text.data(), static_cast<std::streamsize>(text.size()));
-    return AppendOutcome::Appended;
+    appendValueLine(entry.nameInfo, headerValue(header.id, kGreltIdKey));
+    appendValueLine(entry.nameInfo, headerValue(header.names, kNamesKey));
+    appendValueLine(entry.nameInfo, headerValue(header.locality, kLocalityKey));
+    appendValueLine(entry.nameInfo, headerValue(header.chemistry, kChemistryKey));
+    appendValueLine(entry.nameInfo, wavelengthCode(fileName));
+    entry.outcome = AppendOutcome::Appended;
+    return entry;
+}
+
+AppendOutcome READ_AND_APPEND_SEARCH_FILE(const std::filesystem::path& folder,
+                                          const std::string& fileName, SearchFileStreams files,
+                                          std::string& reason) {
+    const PreparedEntry entry = prepareSearchEntry(folder, fileName);
+    appendPreparedEntry(entry, files);
+    if (entry.outcome == AppendOutcome::Skipped) {
+        reason = entry.reason;
+    }
+    return entry.outcome;
 }
 
 LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
                                      const ProgressCallback& progress,
-                                     const CommitStepHook& beforeStep) {
+                                     const CommitStepHook& beforeStep, unsigned workers) {
     LibraryCompilation result;
     result.folder = ramanLibraryFolder(home);
     SET_UP_FOLDERS(home);
@@ -192,27 +259,37 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     reportProgress(progress, kCompilingStatus, 0.0);
     const std::vector<std::string> names = sortedFileNames(result.folder);
     LibraryFiles files(result.folder, beforeStep);
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const std::string& name = names[i];
-        if (name.starts_with(kLibraryFilePrefix)) {
-            continue;
+    if (workers == 0) {
+        workers = std::max(1U, std::thread::hardware_concurrency());
+    }
+    for (std::size_t batch = 0; batch < names.size(); batch += kBatchSize) {
+        const std::size_t end = std::min(batch + kBatchSize, names.size());
+        const std::vector<PreparedEntry> entries =
+            prepareBatch(result.folder, names, batch, end, workers);
+        for (std::size_t i = batch; i < end; ++i) {
+            const std::string& name = names[i];
+            const PreparedEntry& entry = entries[i - batch];
+            if (name.starts_with(kLibraryFilePrefix)) {
+                continue;
+            }
+            appendPreparedEntry(entry, files.entryStreams());
+            if (entry.outcome == AppendOutcome::Skipped) {
+                result.skipped.push_back({name, entry.reason});
+            } else {
+                // A "Consistency" report gets its name-list line too: from there on the name
+                // list runs one line ahead of the other files, as the library has always done.
+                files.nameList() << trimmed(name) << '\n';
+                ++result.nameListLines;
+                result.entries += entry.outcome == AppendOutcome::Appended ? 1 : 0;
+            }
+            reportProgress(progress, kCompilingStatus,
+                           static_cast<double>(i + 1) / static_cast<double>(names.size()));
         }
-        std::string reason;
-        const AppendOutcome outcome =
-            READ_AND_APPEND_SEARCH_FILE(result.folder, name, files.entryStreams(), reason);
-        if (outcome == AppendOutcome::Skipped) {
-            result.skipped.push_back({name, reason});
-        } else {
-            // A "Consistency" report gets its name-list line too: from there on the name list
-            // runs one line ahead of the other files, as the library has always done.
-            files.nameList() << trimmed(name) << '\n';
-            ++result.nameListLines;
-            result.entries += outcome == AppendOutcome::Appended ? 1 : 0;
-        }
-        reportProgress(progress, kCompilingStatus,
-                       static_cast<double>(i + 1) / static_cast<double>(names.size()));
     }
     files.commit();
+    // Made from the files just put in place and bound to them by their fingerprint: without it
+    // (a read-only folder) the search reads the text.
+    writeGridCache(result.folder);
     reportProgress(progress, kCompilingStatus, 1.0);
     return result;
 }

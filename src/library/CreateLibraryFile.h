@@ -61,10 +61,12 @@ struct LibraryCompilation {
 /// all old or, once finishInterruptedCompilation ran, all new). It first removes the temporary
 /// files of killed compilations. Progress: "Compiling Library...". Throws QuarvexError (title
 /// "Raman Library") when the folder cannot be created or listed or the files cannot be
-/// written. `beforeStep` is for tests (see StagedFiles).
+/// written. The reference files are read by `workers` threads (0: one per core), a batch at a
+/// time, and their entries written in folder order: the files are the same whatever the number.
+/// `beforeStep` is for tests (see StagedFiles).
 LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
                                      const ProgressCallback& progress = {},
-                                     const CommitStepHook& beforeStep = {});
+                                     const CommitStepHook& beforeStep = {}, unsigned workers = 0);
 
 /// Completes the putting in place of the library files that a killed compilation cut short;
 /// every reader of the library calls it first.
@@ -77,12 +79,29 @@ struct SearchFileStreams {
     std::ostream& nameInfo;
 };
 
+/// Appends the data line "x y" of one grid point: each float in its shortest text, which reads
+/// back bit for bit.
+void appendGridPoint(std::string& out, float x, float y);
+
 /// What READ_AND_APPEND_SEARCH_FILE did with one file.
 enum class AppendOutcome {
     Appended,     ///< one entry added to each of the three files
     NotASpectrum, ///< a "RamanSearch" or "Consistency" file: nothing written
     Skipped       ///< unreadable, no data, or nothing on the grid: nothing written, see `reason`
 };
+
+/// One reference file's entry ready to be appended: what READ_AND_APPEND_SEARCH_FILE would write.
+struct PreparedEntry {
+    AppendOutcome outcome = AppendOutcome::Skipped;
+    std::string reason; ///< why it was skipped
+    std::string slow;
+    std::string fast;
+    std::string nameInfo;
+};
+
+/// The entry of the reference file `fileName` of `folder`, written to no file (safe to call from
+/// several threads at once).
+PreparedEntry prepareSearchEntry(const std::filesystem::path& folder, const std::string& fileName);
 
 /// Reads the reference spectrum `fileName` of `folder` and appends its entry: to the Slow and
 /// Fast streams a block of "==", the trimmed file name and one "x y" line per grid point (steps

@@ -5,7 +5,9 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
+#include "library/GridCache.h"
 #include "library/LibraryFileReader.h"
+#include "library/MatchScore.h"
 
 #include <algorithm>
 #include <array>
@@ -88,6 +90,71 @@ void scorePass(const std::filesystem::path& path, const InterpData& unknown,
     }
 }
 
+// The names of the first min(N, 25) entries of the coarse ranking: the fine pass's candidates.
+std::vector<std::string_view> fineCandidates(const LIBRARY_GLOBALS& library) {
+    const std::size_t count =
+        std::min<std::size_t>(library.MI_FILENAMES.size(), kFinePassCandidates);
+    std::vector<std::string_view> candidates;
+    for (std::size_t r = 0; r < count; ++r) {
+        candidates.emplace_back(
+            library.MI_FILENAMES[static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS[r])]);
+    }
+    return candidates;
+}
+
+// Both passes over the text files, each read once sequentially.
+void searchText(const std::filesystem::path& folder, const std::array<InterpData, 2>& unknowns,
+                LIBRARY_GLOBALS& result, const ProgressCallback& progress, std::size_t bufferSize) {
+    scorePass(folder / kFastLibraryFile, unknowns[0], result.PERC_MATCH, nullptr, progress, 0.0,
+              kCoarseShare, bufferSize);
+    SORT_PERCENTS(result);
+    const std::vector<std::string_view> candidates = fineCandidates(result);
+    scorePass(folder / kSlowLibraryFile, unknowns[1], result.PERC_MATCH, &candidates, progress,
+              kCoarseShare, 1.0, bufferSize);
+    SORT_PERCENTS(result);
+}
+
+// One pass over a grid of the cache, with the entries and scores of the text pass; false when
+// an entry could not be read.
+bool scoreCachedPass(GridCache& cache, CacheGrid grid, const InterpData& unknown,
+                     std::vector<double>& scores, const std::vector<std::string_view>* candidates,
+                     const ProgressCallback& progress, double progressFrom, double progressTo) {
+    const std::size_t entries = std::min(cache.count(grid), scores.size());
+    std::vector<float> values;
+    for (std::size_t k = 0; k < entries; ++k) {
+        if (candidates == nullptr || isCandidate(*candidates, cache.fineName(k))) {
+            const std::optional<CachedGridEntry> entry = cache.read(grid, k, values);
+            if (!entry) {
+                return false;
+            }
+            scores[k] = FIND_MATCH(*entry, unknown, unknown.capacity());
+        }
+        if ((k + 1) % kProgressInterval == 0) {
+            reportProgress(progress, kSearchingStatus,
+                           progressFrom + (progressTo - progressFrom) * static_cast<double>(k + 1) /
+                                              static_cast<double>(entries));
+        }
+    }
+    return true;
+}
+
+// Both passes over the grid cache; false when it could not be read to its end.
+bool searchCache(GridCache& cache, const std::array<InterpData, 2>& unknowns,
+                 LIBRARY_GLOBALS& result, const ProgressCallback& progress) {
+    if (!scoreCachedPass(cache, CacheGrid::Coarse, unknowns[0], result.PERC_MATCH, nullptr,
+                         progress, 0.0, kCoarseShare)) {
+        return false;
+    }
+    SORT_PERCENTS(result);
+    const std::vector<std::string_view> candidates = fineCandidates(result);
+    if (!scoreCachedPass(cache, CacheGrid::Fine, unknowns[1], result.PERC_MATCH, &candidates,
+                         progress, kCoarseShare, 1.0)) {
+        return false;
+    }
+    SORT_PERCENTS(result);
+    return true;
+}
+
 } // namespace
 
 // The names of the name list, then five lines of name information per entry (identifier and
@@ -128,50 +195,10 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::siz
 }
 
 double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NINT) {
-    NINT = std::min(NINT, INTERP_DATA.capacity());
-    if (NINT <= 0) {
-        return 0.0;
-    }
-    const std::vector<float>& ux = INTERP_DATA.x;
-    const std::vector<float>& uy = INTERP_DATA.y;
-    float lx = 0.0F;
-    float ly = 0.0F;
-    const auto readPair = [&] { return file.nextPair(lx, ly) == LibraryFileReader::Line::Pair; };
-
-    if (!readPair()) {
-        return 0.0;
-    }
-    if (ux[NINT - 1] < lx) {
-        return 0.0; // the entry starts above the unknown's last point
-    }
-    int i = 0;
-    if (ux[0] < lx) {
-        while (ux[i] < lx && i < NINT - 1) {
-            ++i;
-        }
-    } else {
-        while (lx < ux[0]) {
-            if (!readPair()) {
-                return 0.0;
-            }
-        }
-    }
-
-    double SCORE = 0.0;
-    float SUMSQ = 0.0F;
-    // Only exactly coinciding grid points count: the first gap ends the sum.
-    while (std::fabs(lx - ux[i]) < kCoincidence) {
-        SCORE += static_cast<double>(ly * uy[i]);
-        SUMSQ += ly * ly;
-        ++i;
-        if (i >= NINT || !readPair()) {
-            break; // the end of the unknown, the next "==", an unreadable line or the end
-        }
-    }
-    if (SUMSQ == 0.0F) {
-        return SCORE;
-    }
-    return SCORE * static_cast<double>(10.0F / std::sqrt(SUMSQ));
+    const auto readPair = [&file](float& lx, float& ly) {
+        return file.nextPair(lx, ly) == LibraryFileReader::Line::Pair;
+    };
+    return matchScore(readPair, INTERP_DATA, NINT);
 }
 
 void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
@@ -187,14 +214,15 @@ void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
     library.MI_SORTINDEX = std::move(order);
 }
 
-void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const float> x,
-                  std::span<const float> y, LIBRARY_GLOBALS& library,
-                  const ProgressCallback& progress, std::size_t bufferSize) {
+LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
+                                 std::span<const float> x, std::span<const float> y,
+                                 LIBRARY_GLOBALS& library, const ProgressCallback& progress,
+                                 std::size_t bufferSize, GridSource source) {
     if (x.empty() || y.empty()) {
         throwSearchError("The selected area holds no data points to search with.");
     }
-    const InterpData coarseUnknown = unknownOnGrid(x, y, kCoarseStep);
-    const InterpData fineUnknown = unknownOnGrid(x, y, kFineStep);
+    const std::array<InterpData, 2> unknowns{unknownOnGrid(x, y, kCoarseStep),
+                                             unknownOnGrid(x, y, kFineStep)};
     finishInterruptedCompilation(libraryFolder);
     for (std::string_view file : {kSlowLibraryFile, kFastLibraryFile}) {
         std::error_code error;
@@ -209,23 +237,26 @@ void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const fl
     }
     reportProgress(progress, kSearchingStatus, 0.0);
 
-    scorePass(libraryFolder / kFastLibraryFile, coarseUnknown, result.PERC_MATCH, nullptr, progress,
-              0.0, kCoarseShare, bufferSize);
-    SORT_PERCENTS(result);
-
-    const std::size_t candidateCount =
-        std::min<std::size_t>(result.MI_FILENAMES.size(), kFinePassCandidates);
-    std::vector<std::string_view> candidates;
-    for (std::size_t r = 0; r < candidateCount; ++r) {
-        candidates.emplace_back(
-            result.MI_FILENAMES[static_cast<std::size_t>(result.MI_SORTINDEXPERCENTS[r])]);
+    LibrarySearchSource used;
+    std::optional<GridCache> cache;
+    if (source == GridSource::CacheWhenValid) {
+        cache = GridCache::open(libraryFolder, used.note);
     }
-    scorePass(libraryFolder / kSlowLibraryFile, fineUnknown, result.PERC_MATCH, &candidates,
-              progress, kCoarseShare, 1.0, bufferSize);
-    SORT_PERCENTS(result);
-
+    if (cache && searchCache(*cache, unknowns, result, progress)) {
+        used.fromCache = true;
+    } else {
+        if (cache) {
+            used.note = "the grid cache could not be read to its end";
+        }
+        result.PERC_MATCH.assign(result.PERC_MATCH.size(), 0.0);
+        searchText(libraryFolder, unknowns, result, progress, bufferSize);
+        if (source == GridSource::CacheWhenValid && writeGridCache(libraryFolder)) {
+            used.note += "; it was made anew";
+        }
+    }
     library = std::move(result);
     reportProgress(progress, kSearchingStatus, 1.0);
+    return used;
 }
 
 std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,

@@ -6,11 +6,13 @@
 #include "library/CreateLibraryFile.h"
 #include "library/LibraryFileReader.h"
 #include "library/LibraryGlobals.h"
+#include "library/MatchScore.h"
 #include "processing/InterpAndNorm.h"
 
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace quarvex {
@@ -21,8 +23,6 @@ inline constexpr std::string_view kSearchingStatus = "Searching Selected Area...
 inline constexpr std::string_view kNeedsCompilingText = "Library File Needs To Be Compiled";
 /// Entries of the coarse ranking that the fine pass scores again.
 inline constexpr int kFinePassCandidates = 25;
-/// Two grid positions coincide when they differ by less than this.
-inline constexpr float kCoincidence = 1.0e-6F;
 
 /// Scores the library entry whose "==" and name lines `file` has just given: 100 times the
 /// cosine between the unknown (INTERP_DATA rows 1..NINT, norm 10) and the entry over the grid
@@ -43,19 +43,34 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder,
 /// library order, a score that is not a number last.
 void SORT_PERCENTS(LIBRARY_GLOBALS& library);
 
+/// Where a search reads the library's grids from.
+enum class GridSource {
+    CacheWhenValid, ///< the grid cache when it matches the library files, else the text files
+    TextOnly        ///< the text files, whatever the cache
+};
+
+/// Where a search read the grids from, and why not from the grid cache.
+struct LibrarySearchSource {
+    bool fromCache = false;
+    std::string note; ///< why the text files were read (empty when from the cache or asked)
+};
+
 /// Searches the unknown (x ascending, the selected area of a spectrum) against the library in
-/// `libraryFolder`: loads the entry descriptions, scores every entry on the coarse file (step
-/// 2.0), then scores again on the fine file (step 1.0) the first min(N, 25) entries of the coarse
-/// ranking, and sorts. The other entries keep their coarse score. Reads each library file once,
-/// sequentially, holding only the unknown in memory. Progress: "Searching Selected Area...".
+/// `libraryFolder`: loads the entry descriptions, scores every entry on the coarse grid (step
+/// 2.0), then scores again on the fine grid (step 1.0) the first min(N, 25) entries of the coarse
+/// ranking, and sorts. The other entries keep their coarse score. The grids come from the grid
+/// cache when it was made for the library files beside it (the same scores bit for bit), else
+/// from the text files, each read once sequentially (the cache is then made anew when it can
+/// be). Holds only the unknown and one entry in memory. Progress: "Searching Selected Area...".
 /// Throws QuarvexError, leaving `library` as it was: "Library File Needs To Be Compiled" when a
 /// library file is missing; a message when the library is empty or the unknown has no points or
 /// no intensity in the selected area (title "Raman Library"). `bufferSize` is the read buffer
-/// of each library file (small in tests and fuzzing).
-void READ_LIBRARY(const std::filesystem::path& libraryFolder, std::span<const float> x,
-                  std::span<const float> y, LIBRARY_GLOBALS& library,
-                  const ProgressCallback& progress = {},
-                  std::size_t bufferSize = LibraryFileReader::kDefaultBufferSize);
+/// of each library text file (small in tests and fuzzing).
+LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
+                                 std::span<const float> x, std::span<const float> y,
+                                 LIBRARY_GLOBALS& library, const ProgressCallback& progress = {},
+                                 std::size_t bufferSize = LibraryFileReader::kDefaultBufferSize,
+                                 GridSource source = GridSource::CacheWhenValid);
 
 /// A search as the user starts it: when "RamanSearchFileSlow.rsf" is missing the library of
 /// `home` is compiled first (returned), then READ_LIBRARY. A failed compilation ends in

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 namespace quarvex {
 
@@ -74,7 +75,9 @@ LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::siz
     if (file_) {
         std::error_code error;
         std::setvbuf(file_.get(), nullptr, _IONBF, 0); // our buffer is the only one
-        buffer_.resize(std::max(bufferSize, kSmallestBuffer));
+        // Left uninitialised: only what fread put in is ever read, and a search opens two.
+        capacity_ = std::max(bufferSize, kSmallestBuffer);
+        buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
         const auto size = std::filesystem::file_size(path, error);
         fileSize_ = error ? 0.0 : static_cast<double>(size);
     }
@@ -84,16 +87,16 @@ LibraryFileReader::LibraryFileReader(const std::filesystem::path& path, std::siz
 // came in (end of file, or a buffer full of one line).
 bool LibraryFileReader::fill() {
     if (begin_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
         end_ -= begin_;
         consumed_ += static_cast<double>(begin_);
         begin_ = 0;
     }
-    if (endOfFile_ || end_ == buffer_.size()) {
+    if (endOfFile_ || end_ == capacity_) {
         return false;
     }
-    const std::size_t wanted = buffer_.size() - end_;
-    const std::size_t got = std::fread(buffer_.data() + end_, 1, wanted, file_.get());
+    const std::size_t wanted = capacity_ - end_;
+    const std::size_t got = std::fread(buffer_.get() + end_, 1, wanted, file_.get());
     endOfFile_ = got < wanted;
     end_ += got;
     return got > 0;
@@ -114,7 +117,7 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         return false;
     }
     for (;;) {
-        const char* start = buffer_.data() + begin_;
+        const char* start = buffer_.get() + begin_;
         const std::size_t available = end_ - begin_;
         if (const auto* newline = static_cast<const char*>(std::memchr(start, '\n', available))) {
             const auto length = static_cast<std::size_t>(newline - start);
@@ -130,15 +133,15 @@ bool LibraryFileReader::next(std::string_view& line, std::size_t width) {
         }
         if (endOfFile_) { // the last line has no end of line
             begin_ = end_;
-            line = lineOf(buffer_.data(), end_, width);
+            line = lineOf(buffer_.get(), end_, width);
             return true;
         }
         // A line longer than the whole buffer: gather what the line buffer holds (and one more
         // character, for a '\r'), drop the rest of it.
-        overlong_.assign(buffer_.data(), std::min(end_, width + 1));
+        overlong_.assign(buffer_.get(), std::min(end_, width + 1));
         begin_ = end_;
         while (fill()) {
-            const char* rest = buffer_.data() + begin_;
+            const char* rest = buffer_.get() + begin_;
             const auto* newline = static_cast<const char*>(std::memchr(rest, '\n', end_ - begin_));
             const std::size_t length =
                 newline ? static_cast<std::size_t>(newline - rest) : end_ - begin_;
@@ -160,7 +163,7 @@ bool LibraryFileReader::skipPastSeparator() {
     }
     bool atLineStart = true;
     for (;;) {
-        const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+        const std::string_view rest(buffer_.get() + begin_, end_ - begin_);
         if (atLineStart && rest.size() < 2 && !endOfFile_) {
             fill();
             continue;
@@ -189,8 +192,8 @@ bool LibraryFileReader::skipPastSeparator() {
 
 LibraryFileReader::Line LibraryFileReader::nextPair(float& x, float& y) {
     // In place, when the whole line is in the buffer and is plain: "x y", then the end of line.
-    const char* position = buffer_.data() + begin_;
-    const char* end = buffer_.data() + end_;
+    const char* position = buffer_.get() + begin_;
+    const char* end = buffer_.get() + end_;
     const char* lineStart = position;
     float first = 0.0F;
     float second = 0.0F;
@@ -204,7 +207,7 @@ LibraryFileReader::Line LibraryFileReader::nextPair(float& x, float& y) {
         }
         if (position < end && *position == '\n' &&
             static_cast<std::size_t>(lineEnd - lineStart) <= kLibraryLineWidth) {
-            begin_ = static_cast<std::size_t>(position + 1 - buffer_.data());
+            begin_ = static_cast<std::size_t>(position + 1 - buffer_.get());
             atSeparator_ = false;
             x = first;
             y = second;

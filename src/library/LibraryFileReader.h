@@ -5,9 +5,9 @@
 #include "common/ReadableFile.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quarvex {
 
@@ -57,7 +57,8 @@ private:
     std::string_view lineOf(const char* start, std::size_t length, std::size_t width);
 
     FilePointer file_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_ = 0;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
     bool endOfFile_ = false;

@@ -70,3 +70,43 @@ if len(sys.argv) > 3:
     new_parts = parts[:2] + [(project / "Phase1" / "Phase1.info").read_text(),
                              (project / "Phase1" / "Phase1.peak").read_text()]
     put("xray_project", "new", separator.join(["<numxrays> 1\n"] + new_parts[1:]))
+
+
+# Grid caches written here from the layout alone (an independent writer of the format): entries
+# as regular runs and with their positions stored; the fuzz target fills in the fingerprint.
+def grid_cache(coarse, fine):
+    import struct
+    header_size = 136
+    values = b""
+    tables = []
+    for grid in (coarse, fine):
+        table = b""
+        for xs, ys in grid:
+            step = xs[1] - xs[0] if len(xs) > 1 else 0.0
+            regular = all(x == xs[0] + i * step for i, x in enumerate(xs)) if xs else True
+            offset = header_size + len(values)
+            values += struct.pack(f"<{len(ys)}f", *ys) if regular else \
+                struct.pack(f"<{2 * len(xs)}f", *xs, *ys)
+            table += struct.pack("<QIIff", offset, len(xs), int(regular), xs[0] if xs else 0.0, step)
+        tables.append(table)
+    names = b"".join(struct.pack("<I", len(n)) + n for n in (b"a", b"b")[:len(fine)])
+    coarse_table = header_size + len(values)
+    fine_table = coarse_table + len(tables[0])
+    names_at = fine_table + len(tables[1])
+    size = names_at + len(names)
+    header = struct.pack("<8sIIQ4Q4qQ2Q2QQ", b"QVXGRID\n", 1, 0x01020304, size, 0, 0, 0, 0,
+                         0, 0, 0, 0, 0, len(coarse), len(fine), coarse_table, fine_table, names_at)
+    return header + values + tables[0] + tables[1] + names
+
+
+def put_bytes(target, name, content):
+    folder = seeds / target
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / name).write_bytes(content)
+
+
+put_bytes("grid_cache", "regular", grid_cache([([100.0, 102.0], [6.0, 8.0])],
+                                              [([100.0, 101.0, 102.0], [3.0, 4.0, 5.0])]))
+put_bytes("grid_cache", "stored_positions", grid_cache(
+    [([100.0, 102.5], [1.0, 1.0]), ([], [])],
+    [([100.5, 101.0, 103.0], [1.0, 2.0, 3.0]), ([103.0], [9.0])]))
