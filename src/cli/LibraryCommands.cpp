@@ -2,6 +2,7 @@
 // search a spectrum file against it, examine it.
 #include "cli/CliCommand.h"
 #include "cli/JsonOutput.h"
+#include "cli/SpectrumLoading.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
@@ -29,6 +30,7 @@ struct SearchOptions {
     bool json = false;
     bool clean = false;
     std::string mode = "dot";
+    std::string columns;
 };
 
 // A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
@@ -140,7 +142,7 @@ void printRanking(const LIBRARY_GLOBALS& library, std::size_t shown) {
 }
 
 int runSearch(const SearchOptions& options, ProgramState& state) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.file);
+    const int index = loadCommandSpectrum(state, options.file, options.columns);
     const std::span<const float> x = state.specdata.xValues(index);
     const std::span<const float> y = state.specdata.yValues(index);
     const auto [low, high] =
@@ -243,6 +245,7 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
         "search", "Search a Raman spectrum file against the library of the home folder "
                   "(compiled first when needed) and print the ranking");
     search->add_option("file", options->file, "Spectrum file of the unknown")->required();
+    addColumnsOption(*search, options->columns);
     search->add_option("--range", options->range,
                        "Selected x-range LO:HI in cm-1 (default: the whole spectrum)");
     search
