@@ -14,7 +14,10 @@ std::string cli(const test::TempFolder& home) {
 }
 
 std::string dataFile(const char* name) {
-    return "'" + (test::sourcePath("tests/readers/data") / name).string() + "'";
+    std::string quoted(1, '\'');
+    quoted += (test::sourcePath("tests/readers/data") / name).string();
+    quoted += '\'';
+    return quoted;
 }
 
 TEST(ReadersCli, InfoReportsFormatAndValues) {
