@@ -44,6 +44,8 @@ CliCommand addHomeCommand(CLI::App& app);
 CliCommand addProcessCommand(CLI::App& app);
 /// Adds `bench process` to the bench group (addBenchCommands first).
 CliCommand addProcessBenchCommand(CLI::App& app);
+/// Adds `bench csv` to the bench group (addBenchCommands first).
+CliCommand addCsvBenchCommand(CLI::App& app);
 /// Adds `bench library` and `bench search` to the bench group (addBenchCommands first).
 std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app);
 

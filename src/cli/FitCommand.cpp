@@ -2,6 +2,7 @@
 #include "cli/CliCommand.h"
 #include "cli/JsonOutput.h"
 #include "cli/PeakCliSupport.h"
+#include "cli/SpectrumLoading.h"
 #include "common/QuarvexError.h"
 
 #include <iostream>
@@ -14,6 +15,7 @@ namespace {
 struct FitOptions {
     std::string file;
     std::string range;
+    std::string columns;
     std::vector<float> peaks;
     int profile = 0; // 0: from the preferences
     bool json = false;
@@ -64,7 +66,7 @@ void printFit(const PeakFitResult& fit, const XRange& range) {
 }
 
 int runFit(const FitOptions& options, ProgramState& state) {
-    const LoadedSpectrum spectrum = loadSpectrum(state, options.file);
+    const LoadedSpectrum spectrum = loadSpectrum(state, options.file, options.columns);
     const XRange range = parseRange(options.range);
     const Preferences& preferences = state.quarvex.preferences;
     PeakFitSettings settings;
@@ -92,7 +94,8 @@ CliCommand addFitCommand(CLI::App& app) {
     CLI::App* fit = app.add_subcommand(
         "fit", "Fit the peaks of an x-window of a spectrum (Levenberg-Marquardt) and print each "
                "peak's centre, FWHM, height, area and mix with standard errors");
-    fit->add_option("file", options->file, "Spectrum file (.grelt, .txt, .dat)")->required();
+    fit->add_option("file", options->file, "Spectrum file (any format Quarvex reads)")->required();
+    addColumnsOption(*fit, options->columns);
     fit->add_option("--range", options->range, "The window LO:HI, x units")->required();
     fit->add_option("--peak", options->peaks,
                     "Starting position of a peak (repeat for more); none: found automatically");

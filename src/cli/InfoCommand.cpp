@@ -1,5 +1,6 @@
 // quarvex-cli info: load spectrum files and describe each loaded spectrum.
 #include "cli/FileListOutput.h"
+#include "cli/SpectrumLoading.h"
 #include "specdata/SpecDataManager.h"
 
 #include <cstdint>
@@ -11,7 +12,15 @@ namespace quarvex::cli {
 
 namespace {
 
-Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k, const SkippedLines& skipped) {
+// What a load tells of each spectrum it added.
+struct SpectrumSource {
+    std::string format;
+    SkippedLines skipped;
+    std::vector<std::string> notes;
+};
+
+Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k, const SpectrumSource& source) {
+    const SkippedLines& skipped = source.skipped;
     const auto i = static_cast<std::size_t>(k);
     const auto x = specdata.xValues(k);
     const MINERALINFO& header = specdata.HEADER[i];
@@ -31,7 +40,9 @@ Json spectrumJson(const SPECDATA_GLOBALS& specdata, int k, const SkippedLines& s
                 {"chemistry", header.chemistry},
                 {"skipped_lines", skipped.count},
                 {"first_skipped_line", skipped.firstLine},
-                {"skipped", describeSkipped(skipped)}};
+                {"skipped", describeSkipped(skipped)},
+                {"format", source.format},
+                {"notes", source.notes}};
 }
 
 void printSpectrum(const Json& s) {
@@ -45,7 +56,11 @@ void printSpectrum(const Json& s) {
               << "  names      " << s["names"].get<std::string>() << '\n'
               << "  locality   " << s["locality"].get<std::string>() << '\n'
               << "  id         " << s["id"].get<std::string>() << '\n'
-              << "  chemistry  " << s["chemistry"].get<std::string>() << '\n';
+              << "  chemistry  " << s["chemistry"].get<std::string>() << '\n'
+              << "  format     " << s["format"].get<std::string>() << '\n';
+    for (const auto& note : s["notes"]) {
+        std::cout << "  note       " << note.get<std::string>() << '\n';
+    }
     if (s["skipped_lines"].get<std::int64_t>() > 0) {
         std::cout << "  skipped    " << s["skipped"].get<std::string>() << '\n';
     }
@@ -55,22 +70,26 @@ void printSpectrum(const Json& s) {
 
 CliCommand addInfoCommand(CLI::App& app) {
     auto options = std::make_shared<FileListOptions>();
+    auto columns = std::make_shared<std::string>();
     CLI::App* info = app.add_subcommand(
         "info", "Load spectrum files and print, per spectrum, its points, ranges and header");
-    addFileListOptions(*info, *options, "Spectrum files (.grelt, .txt, .dat)");
-    return {info, [options](ProgramState& state) {
-                std::vector<SkippedLines> skipped; // one per loaded spectrum
+    addFileListOptions(*info, *options, "Spectrum files (any format Quarvex reads)");
+    addColumnsOption(*info, *columns);
+    return {info, [options, columns](ProgramState& state) {
+                std::vector<SpectrumSource> sources; // one per loaded spectrum
+                const ReadOptions readOptions = readOptionsFor(*columns);
                 return loadFilesAndDescribe(
                     *options, "spectra",
                     [&](const std::string& file) {
-                        SkippedLines lines;
-                        READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file, &lines);
-                        skipped.push_back(lines);
+                        const LoadedFile loaded =
+                            loadSpectrumFile(state.specdata, state.mineralInfo, file, readOptions);
+                        sources.insert(sources.end(), static_cast<std::size_t>(loaded.count),
+                                       {std::string(loaded.format), loaded.skipped, loaded.notes});
                     },
                     [&] { return state.specdata.count(); },
                     [&](int k) {
                         return spectrumJson(state.specdata, k,
-                                            skipped[static_cast<std::size_t>(k)]);
+                                            sources[static_cast<std::size_t>(k)]);
                     },
                     printSpectrum);
             }};

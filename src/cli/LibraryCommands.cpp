@@ -5,6 +5,7 @@
 #include "cli/ExplainOutput.h"
 #include "cli/JsonOutput.h"
 #include "cli/MixtureOutput.h"
+#include "cli/SpectrumLoading.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
@@ -37,6 +38,7 @@ struct SearchOptions {
     std::string mode = "dot";
     bool mixture = false;
     int components = kDefaultMixtureComponents;
+    std::string columns;
 };
 
 // A progress line on stderr, redrawn at most ten times a second, only when stderr is a terminal.
@@ -167,7 +169,7 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
         return runBatchSearch(state.quarvex.programFolder, options.files, mode, options.csv);
     }
     const std::string& file = options.files.front();
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+    const int index = loadCommandSpectrum(state, file, options.columns);
     const std::span<const float> x = state.specdata.xValues(index);
     const std::span<const float> y = state.specdata.yValues(index);
     const auto [low, high] =
@@ -315,6 +317,7 @@ std::vector<CliCommand> addLibraryCommands(CLI::App& app) {
         ->required();
     search->add_option("--csv", options->csv,
                        "Write the batch's CSV rows to this file (default: standard output)");
+    addColumnsOption(*search, options->columns);
     search->add_option("--range", options->range,
                        "Selected x-range LO:HI in cm-1 (default: the whole spectrum)");
     search

@@ -1,9 +1,9 @@
 // Shared parts of the peak commands: the range option, settings from the preferences, loading.
 #include "cli/PeakCliSupport.h"
 
+#include "cli/SpectrumLoading.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
-#include "specdata/SpecDataManager.h"
 
 #include <cmath>
 #include <cstdio>
@@ -29,8 +29,9 @@ PeakSearchSettings searchSettings(const Preferences& preferences) {
             preferences.peakSmoothingPoints, preferences.peakMinSeparation};
 }
 
-LoadedSpectrum loadSpectrum(ProgramState& state, const std::string& file) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+LoadedSpectrum loadSpectrum(ProgramState& state, const std::string& file,
+                            const std::string& columns) {
+    const int index = loadCommandSpectrum(state, file, columns);
     return {state.specdata.xValues(index), state.specdata.yValues(index)};
 }
 

@@ -28,8 +28,10 @@ struct LoadedSpectrum {
     std::span<const float> y;
 };
 
-/// Reads the spectrum file into the program state and returns its points.
-LoadedSpectrum loadSpectrum(ProgramState& state, const std::string& file);
+/// Reads the spectrum file (any format; `columns` as --columns) into the program state and
+/// returns the points of its first spectrum.
+LoadedSpectrum loadSpectrum(ProgramState& state, const std::string& file,
+                            const std::string& columns);
 
 /// A value for text output: 6 significant digits, "n/a" when not finite.
 std::string formatValue(float value);

@@ -2,6 +2,7 @@
 #include "cli/CliCommand.h"
 #include "cli/JsonOutput.h"
 #include "cli/PeakCliSupport.h"
+#include "cli/SpectrumLoading.h"
 
 #include <iostream>
 #include <limits>
@@ -14,11 +15,12 @@ namespace {
 struct PeaksOptions {
     std::string file;
     std::string range;
+    std::string columns;
     bool json = false;
 };
 
 int runPeaks(const PeaksOptions& options, ProgramState& state) {
-    const LoadedSpectrum spectrum = loadSpectrum(state, options.file);
+    const LoadedSpectrum spectrum = loadSpectrum(state, options.file, options.columns);
     XRange range{-std::numeric_limits<float>::infinity(), std::numeric_limits<float>::infinity()};
     if (!options.range.empty()) {
         range = parseRange(options.range);
@@ -48,7 +50,9 @@ CliCommand addPeaksCommand(CLI::App& app) {
     auto options = std::make_shared<PeaksOptions>();
     CLI::App* peaks = app.add_subcommand(
         "peaks", "Find the peaks of a spectrum above the noise (automatic peak search)");
-    peaks->add_option("file", options->file, "Spectrum file (.grelt, .txt, .dat)")->required();
+    peaks->add_option("file", options->file, "Spectrum file (any format Quarvex reads)")
+        ->required();
+    addColumnsOption(*peaks, options->columns);
     peaks->add_option("--range", options->range, "Only peaks with LO <= x <= HI, as LO:HI");
     peaks->add_flag("--json", options->json, "Print JSON instead of text");
     return {peaks, [options](ProgramState& state) { return runPeaks(*options, state); }};

@@ -2,8 +2,10 @@
 // desktop program's editing operations, and write the result in the program's format.
 #include "cli/CliCommand.h"
 #include "cli/JsonOutput.h"
+#include "cli/SpectrumLoading.h"
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
+#include "readers/JcampWriter.h"
 #include "specdata/SpecDataManager.h"
 #include "specdata/SpectrumEdits.h"
 #include "specdata/SpectrumRecords.h"
@@ -24,6 +26,7 @@ struct ProcessOptions {
     std::optional<std::string> baseline;
     std::optional<double> smooth;
     std::optional<std::string> out;
+    std::string columns;
     bool json = false;
 };
 
@@ -97,7 +100,7 @@ int runProcess(const ProcessOptions& options, ProgramState& state) {
                            "standard output.",
                            kProcessTitle);
     }
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.file);
+    const int index = loadCommandSpectrum(state, options.file, options.columns);
     SpectrumRecord record = spectrumRecord(state.specdata, index);
     Json report{{"file", options.file}, {"points_in", record.x.size()}};
     Json operations = Json::array();
@@ -120,7 +123,11 @@ int runProcess(const ProcessOptions& options, ProgramState& state) {
         writeSpectrumText(std::cout, record, SpectrumFileFormat::Program);
         return 0;
     }
-    writeSpectrumFile(*options.out, record);
+    if (isJcampDxName(*options.out)) {
+        writeJcampDxFile(*options.out, record);
+    } else {
+        writeSpectrumFile(*options.out, record);
+    }
     report["points_out"] = record.x.size();
     report["operations"] = std::move(operations);
     report["out"] = *options.out;
@@ -138,13 +145,15 @@ CliCommand addProcessCommand(CLI::App& app) {
         "process", "Clean a spectrum file (in this order: trim, despike, baseline, smooth) and "
                    "write it in the program's format (to standard output without --out)");
     process->add_option("file", options->file, "Spectrum file")->required();
+    addColumnsOption(*process, options->columns);
     process->add_option("--trim", options->trim, "Keep LO:HI (x units)");
     process->add_flag("--despike", options->despike, "Remove cosmic-ray spikes");
     process->add_option("--baseline", options->baseline, "Remove the background")
         ->check(CLI::IsMember({"als", "arpls", "snip"}));
     process->add_option("--smooth", options->smooth,
                         "Savitzky-Golay smoothing (order 2) over WIDTH x units");
-    process->add_option("--out", options->out, "Write the result to this file");
+    process->add_option("--out", options->out,
+                        "Write the result to this file (JCAMP-DX when it ends in .jdx or .dx)");
     process->add_flag("--json", options->json, "Report what was done as JSON (needs --out)");
     return {process, [options](ProgramState& state) { return runProcess(*options, state); }};
 }

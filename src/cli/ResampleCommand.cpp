@@ -1,6 +1,7 @@
 // quarvex-cli resample: the grid and values of the resampling (and normalisation) of a spectrum
 // file, so that both can be checked from outside.
 #include "cli/CliCommand.h"
+#include "cli/SpectrumLoading.h"
 #include "processing/InterpAndNorm.h"
 #include "specdata/SpecDataManager.h"
 
@@ -15,10 +16,11 @@ struct ResampleOptions {
     std::string file;
     float step = 1.0F;
     bool noNormalize = false;
+    std::string columns;
 };
 
 int runResample(const ResampleOptions& options, ProgramState& state) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.file);
+    const int index = loadCommandSpectrum(state, options.file, options.columns);
     const InterpData grid =
         resampleSpectrum(state.specdata.xValues(index), state.specdata.yValues(index), options.step,
                          !options.noNormalize);
@@ -37,6 +39,7 @@ CliCommand addResampleCommand(CLI::App& app) {
         "resample", "Print the spectrum resampled onto whole-number grid positions (one \"x y\" "
                     "line per grid point), normalised to Euclidean norm 10");
     resample->add_option("file", options->file, "Spectrum file")->required();
+    addColumnsOption(*resample, options->columns);
     resample->add_option("--step", options->step, "Grid step in x units (1, 2 and 5 are aligned)")
         ->required()
         ->check(CLI::PositiveNumber);

@@ -46,6 +46,7 @@ int main(int argc, char** argv) {
         commands.push_back(std::move(bench));
     }
     commands.push_back(addProcessBenchCommand(app));
+    commands.push_back(addCsvBenchCommand(app));
 
     CLI11_PARSE(app, argc, argv);
 

@@ -3,7 +3,7 @@
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
-#include "specdata/SpecDataManager.h"
+#include "readers/LoadSpectra.h"
 
 #include <vector>
 
@@ -53,7 +53,7 @@ std::optional<LibraryCompilation> batchSearch(const std::filesystem::path& home,
         try {
             SPECDATA_GLOBALS specdata;
             MINERALINFO info;
-            const int index = READ_SPECDATA_FILE(specdata, info, files[i]);
+            const int index = loadSpectrumFile(specdata, info, files[i]).first;
             LIBRARY_GLOBALS ranking = entries;
             if (mode == SearchMode::Robust) {
                 rankRobust(views, specdata.xValues(index), specdata.yValues(index), ranking);

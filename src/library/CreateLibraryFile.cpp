@@ -8,6 +8,7 @@
 #include "library/GridCache.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
+#include "readers/SpectrumFormats.h"
 #include "specdata/SpecDataManager.h"
 
 #include <algorithm>
@@ -179,6 +180,16 @@ private:
     std::ostream& nameInfo_;
 };
 
+// A reference spectrum in another format is read by its reader (the first spectrum of a file
+// of several); the program's own text, and whatever no reader takes, by the text reader as ever.
+SpectrumRecord readReferenceSpectrum(const std::filesystem::path& path) {
+    const SpectrumFormat* format = findSpectrumFormat(path);
+    if (format == nullptr || format->name == kTextFormatName) {
+        return FILL_IN_SPECDATA_ARRAYS(path, 0);
+    }
+    return format->read(path, {}).front();
+}
+
 } // namespace
 
 void finishInterruptedCompilation(const std::filesystem::path& libraryFolder) {
@@ -204,8 +215,8 @@ PreparedEntry prepareSearchEntry(const std::filesystem::path& folder, const std:
     InterpData fine;
     InterpData coarse;
     try {
-        // The spectrum reader puts the points in ascending x and merges duplicate x.
-        spectrum = FILL_IN_SPECDATA_ARRAYS(folder / fileName, 0);
+        // The spectrum readers put the points in ascending x and merge duplicate x.
+        spectrum = readReferenceSpectrum(folder / fileName);
         if (spectrum.x.empty()) {
             entry.reason = "no data lines";
             return entry;

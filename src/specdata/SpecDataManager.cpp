@@ -272,8 +272,7 @@ std::string describeSkipped(const SkippedLines& skipped) {
            "), first at line " + std::to_string(skipped.firstLine);
 }
 
-int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
-                       const std::filesystem::path& path, SkippedLines* skipped) {
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLines* skipped) {
     const SpectrumFileCount count = GET_NUMBER_DATA_POINTS(path);
     SpectrumRecord record = count.calibrated
                                 ? FILL_IN_ENERGY_ARRAYS(path, NUM_ENERGY_DATA_POINTS(path))
@@ -286,10 +285,16 @@ int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
                            std::string(kDataFileErrorTitle));
     }
     record.comments = readCommentLines(path);
-    mineralInfo = record.header;
     if (skipped != nullptr) {
         *skipped = passedOver;
     }
+    return record;
+}
+
+int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
+                       const std::filesystem::path& path, SkippedLines* skipped) {
+    SpectrumRecord record = READ_SPECDATA_RECORD(path, skipped);
+    mineralInfo = record.header;
     return appendSpectrum(specdata, std::move(record));
 }
 

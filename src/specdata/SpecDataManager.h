@@ -60,6 +60,12 @@ std::int64_t NUM_ENERGY_DATA_POINTS(const std::filesystem::path& path);
 SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
                                      std::int64_t expectedPoints);
 
+/// Reads a spectrum file into a record, as READ_SPECDATA_FILE does before the record joins the
+/// set: the counting pass, the points, the comment lines. Throws QuarvexError when the file has
+/// no data points. `skipped`, when given, receives the lines the read passed over.
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path,
+                                    SkippedLines* skipped = nullptr);
+
 /// Reads a spectrum file into a new spectrum at the end of the set, which becomes the active
 /// one; its header values also go to `mineralInfo`. Returns the new index (0-based). On any
 /// failure throws QuarvexError and leaves the set and `mineralInfo` unchanged.

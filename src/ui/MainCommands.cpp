@@ -4,9 +4,12 @@
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
+#include "readers/LoadSpectra.h"
+#include "readers/SpectrumFormats.h"
 #include "specdata/SpecDataArrange.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/AboutDlgProc.h"
+#include "ui/ColumnChoiceDialog.h"
 #include "ui/Commands.h"
 #include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
@@ -229,7 +232,7 @@ void MainWndProc::READ_SPECDATA_FILE(bool another) {
         suffix.isEmpty() ? std::string() : (QLatin1Char('.') + suffix).toStdString();
     const QStringList files = options_.interaction->askOpenFileNames(
         this, another ? QStringLiteral("Open Another Spectrum") : QStringLiteral("Open Spectra"),
-        folder, qtFileFilter(fileFilterForPreviousExtension(extension)));
+        folder, qtFileFilter(openDialogFilter(extension)));
     openFiles(files);
 }
 
@@ -237,19 +240,28 @@ int MainWndProc::openFiles(const QStringList& paths) {
     int added = 0;
     QStringList passedOver; // part of a file that was not read is never kept from the user
     for (const QString& path : paths) {
+        ReadOptions read;
+        read.chooseColumns = [&](const std::vector<std::string>& titles) {
+            ColumnChoiceDialog dialog(QFileInfo(path).fileName(), titles, this);
+            return options_.interaction->execDialog(dialog) == QDialog::Accepted
+                       ? std::optional(dialog.choice())
+                       : std::nullopt;
+        };
         try {
-            SkippedLines skipped;
-            quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString(),
-                                        &skipped);
+            const LoadedFile loaded =
+                loadSpectrumFile(state_.specdata, state_.mineralInfo, path.toStdString(), read);
             rememberRecentFile(recentFiles_, options_.home, path.toStdString());
             lastOpenedPath_ = path;
-            ++added;
-            if (skipped.count > 0) {
-                passedOver.append(QStringLiteral("%1: %2").arg(
-                    QFileInfo(path).fileName(), QString::fromStdString(describeSkipped(skipped))));
+            added += loaded.count;
+            const std::string said = describeLoad(loaded);
+            if (!said.empty()) {
+                passedOver.append(QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(),
+                                                               QString::fromStdString(said)));
             }
         } catch (const QuarvexError& error) {
             showError(error);
+        } catch (const ReadCancelled&) {
+            // the user closed the column dialog: nothing to say
         }
     }
     updateRecentFileItems();

@@ -72,7 +72,8 @@ public:
     /// open item, shown only once a spectrum is loaded.
     void SETUP_ANDADJUST_MENUS();
 
-    /// Reads each file with READ_SPECDATA_FILE (a file that fails shows its message and is
+    /// Reads each file in the format its content shows (loadSpectrumFile; a delimited file of
+    /// more than two columns asks for its columns; a file that fails shows its message and is
     /// skipped), then redraws. Returns the number of spectra added.
     int openFiles(const QStringList& paths);
 

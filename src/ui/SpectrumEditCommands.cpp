@@ -5,6 +5,7 @@
 #include "common/AtomicFile.h"
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
+#include "readers/JcampWriter.h"
 #include "specdata/SpecDataManager.h"
 #include "specdata/SpectrumRecords.h"
 #include "ui/BackgroundDialog.h"
@@ -22,7 +23,8 @@ namespace quarvex::ui {
 namespace {
 
 constexpr const char* kSaveFilters =
-    "Spectrum Files (*.txt)|*.txt|GRELT Files (*.grelt)|*.grelt|CSV Files (*.csv)|*.csv|";
+    "Spectrum Files (*.txt)|*.txt|GRELT Files (*.grelt)|*.grelt|CSV Files (*.csv)|*.csv|"
+    "JCAMP-DX Files (*.jdx *.dx)|*.jdx;*.dx|";
 
 QString qPath(const std::string& path) {
     return QString::fromStdString(path);
@@ -135,7 +137,7 @@ void MainWndProc::ORGANIZE_TRIMMING(int command) {
 }
 
 // Save writes the spectrum over its own file after a question; Save As asks for a name, and a
-// ".csv" name gives CSV.
+// ".csv" name gives CSV, a ".jdx" or ".dx" name JCAMP-DX.
 void MainWndProc::ORGANIZE_SAVEFILE(int command) {
     const int spectrum = targetSpectrum();
     const QString current = qPath(state_.specdata.PATH[at(spectrum)]);
@@ -151,6 +153,11 @@ void MainWndProc::ORGANIZE_SAVEFILE(int command) {
         !options_.interaction->askYesNo(
             this, QStringLiteral("Overwrite %1, the file the spectrum came from?").arg(current),
             QStringLiteral("Save"))) {
+        return;
+    }
+    if (isJcampDxName(path.toStdString())) {
+        writeJcampDxFile(path.toStdString(), spectrumRecord(state_.specdata, spectrum));
+        statusBar()->showMessage(QStringLiteral("Saved ") + path, 10000);
         return;
     }
     const SpectrumFileFormat format = path.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive)

@@ -1,6 +1,7 @@
 // Runs the desktop program's test classes in one executable (offscreen platform).
 #include "DisplayTest.h"
 #include "EditSpectrumTest.h"
+#include "FileFormatsTest.h"
 #include "MenuTest.h"
 #include "RamanSearchTest.h"
 #include "SpectrumEditingTest.h"
@@ -25,6 +26,8 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&spectrumEditing, argc, argv);
     quarvex::test::XrayDiffractionTest xrayDiffraction;
     failures += QTest::qExec(&xrayDiffraction, argc, argv);
+    quarvex::test::FileFormatsTest fileFormats;
+    failures += QTest::qExec(&fileFormats, argc, argv);
     quarvex::test::DisplayTest display;
     failures += QTest::qExec(&display, argc, argv);
     return failures == 0 ? 0 : 1;

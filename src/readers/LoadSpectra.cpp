@@ -1,0 +1,57 @@
+#include "readers/LoadSpectra.h"
+
+#include "common/QuarvexError.h"
+#include "readers/RecordNotes.h"
+#include "readers/SpectrumFormats.h"
+
+namespace quarvex {
+
+namespace {
+
+void collectNotes(const SpectrumRecord& record, std::vector<std::string>& notes) {
+    for (const std::string& line : record.comments) {
+        if (line.starts_with(kReadNoteKey)) {
+            notes.push_back(line.substr(kReadNoteKey.size()));
+        }
+    }
+}
+
+} // namespace
+
+LoadedFile loadSpectrumFile(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
+                            const std::filesystem::path& path, const ReadOptions& options) {
+    const SpectrumFormat& format = detectSpectrumFormat(path);
+    LoadedFile loaded;
+    loaded.format = format.name;
+    if (format.name == kTextFormatName) {
+        loaded.first = READ_SPECDATA_FILE(specdata, mineralInfo, path, &loaded.skipped);
+        loaded.count = 1;
+        return loaded;
+    }
+    std::vector<SpectrumRecord> spectra = format.read(path, options);
+    for (const SpectrumRecord& record : spectra) {
+        if (record.x.empty()) {
+            throw QuarvexError("No data points found in " + path.string() +
+                                   (spectra.size() > 1 ? " (" + record.name + ")" : ""),
+                               std::string(kDataFileErrorTitle));
+        }
+        collectNotes(record, loaded.notes);
+    }
+    loaded.first = specdata.count();
+    loaded.count = static_cast<int>(spectra.size());
+    for (SpectrumRecord& record : spectra) {
+        mineralInfo = record.header;
+        appendSpectrum(specdata, std::move(record));
+    }
+    return loaded;
+}
+
+std::string describeLoad(const LoadedFile& loaded) {
+    std::string text = describeSkipped(loaded.skipped);
+    for (const std::string& note : loaded.notes) {
+        text += (text.empty() ? "" : "; ") + note;
+    }
+    return text;
+}
+
+} // namespace quarvex
