@@ -79,6 +79,8 @@ bool isMainWindowCommand(int command) {
     case kCmdFindPeaks:
     case kCmdFitPeaks:
     case kCmdCopyFitTable:
+    case kCmdRemoveSpikesByHand:
+    case kCmdSmooth:
         return true;
     default:
         return isXrayButtonCommand(command) ||
@@ -203,6 +205,8 @@ void MainWndProc::runCommand(int command) {
     case kCmdTrimLeft:
     case kCmdTrimRight:
     case kCmdEditDataFile:
+    case kCmdRemoveSpikesByHand:
+    case kCmdSmooth:
         runEditCommand(command);
         break;
     default:
@@ -241,7 +245,7 @@ int MainWndProc::openFiles(const QStringList& paths) {
             SkippedLines skipped;
             quarvex::READ_SPECDATA_FILE(state_.specdata, state_.mineralInfo, path.toStdString(),
                                         &skipped);
-            rememberRecentFile(recentFiles_, options_.home, path.toStdString());
+            rememberRecentFile(state_.recentFiles, options_.home, path.toStdString());
             lastOpenedPath_ = path;
             ++added;
             if (skipped.count > 0) {
@@ -274,6 +278,9 @@ void MainWndProc::refreshAfterSpectrumChange() {
     xray_->spectraChanged();
     RESET_YVALS(state_.specdata);
     RESETSTACK(state_.specdata, state_.quarvex.preferences.stackSpectra);
+    if (state_.specdata.count() == 0) {
+        setSpikeRemovalByHand(false);
+    }
     AFTERUPDATESP();
 }
 
@@ -285,6 +292,7 @@ void MainWndProc::AFTERUPDATESP() {
 }
 
 void MainWndProc::showMode(QDockWidget* dock) {
+    setSpikeRemovalByHand(false); // a mode of its own ends clicking spikes away
     const bool opening = dock->isHidden();
     dock->show();
     dock->raise();
