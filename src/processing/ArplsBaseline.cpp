@@ -2,8 +2,7 @@
 
 #include "common/QuarvexError.h"
 #include "processing/BaselineChecks.h"
-#include "processing/SpectrumChecks.h"
-#include "processing/WhittakerSmoother.h"
+#include "processing/ReweightedBaseline.h"
 
 #include <cmath>
 
@@ -52,23 +51,12 @@ double reweight(std::span<const float> y, const std::vector<double>& z,
 BaselineFit arplsBaseline(std::span<const float> x, std::span<const float> y,
                           const ArplsParameters& parameters) {
     checkPenalisedBaselineInput(x, y, parameters.penalty, parameters.iterations);
-    WhittakerSmoother smoother(y.size(), penaltyOnGrid(parameters.penalty, meanSpacing(x)));
-    std::vector<double> weights(y.size(), 1.0);
-    std::vector<double> z;
-    BaselineFit fit;
-    for (fit.iterations = 1; fit.iterations <= parameters.iterations; ++fit.iterations) {
-        if (!smoother.solve(weights, y, z)) {
-            throw QuarvexError("The baseline system could not be solved.",
-                               std::string(kBaselineTitle));
-        }
-        if (reweight(y, z, weights) < parameters.tolerance) {
-            fit.converged = true;
-            break;
-        }
-    }
-    fit.iterations = std::min(fit.iterations, parameters.iterations);
-    fit.baseline.assign(z.begin(), z.end());
-    return fit;
+    const double tolerance = parameters.tolerance;
+    return reweightedBaseline(x, y, parameters.penalty, parameters.iterations,
+                              [tolerance](std::span<const float> data, const std::vector<double>& z,
+                                          std::vector<double>& weights) {
+                                  return reweight(data, z, weights) < tolerance;
+                              });
 }
 
 } // namespace quarvex

@@ -1,6 +1,8 @@
 // State groups of spectrum processing and peak fitting.
 #pragma once
 
+#include "processing/CosmicRays.h"
+
 namespace quarvex {
 
 /// Interpolation and normalisation settings.
@@ -12,7 +14,11 @@ struct RAMAN_PEAK_GLOBALS {};
 /// Peak-fitting state.
 struct PEAK_ROUTINES_GLOBALS {};
 
-/// Manual cosmic-ray-event removal state.
-struct MANCRE_GLOBALS {};
+/// Manual cosmic-ray-event removal state: while `active`, a click on the view removes the spike
+/// nearest to it, with these parameters (run width, neighbours of the replacing fit).
+struct MANCRE_GLOBALS {
+    bool active = false;
+    DespikeParameters parameters;
+};
 
 } // namespace quarvex

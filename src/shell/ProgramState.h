@@ -6,7 +6,9 @@
 #include "shell/ColourTable.h"
 #include "shell/ShellGlobals.h"
 #include "specdata/MineralInfo.h"
+#include "specdata/RecentFiles.h"
 #include "specdata/SpecDataGlobals.h"
+#include "specdata/UndoRecords.h"
 #include "xray/XrayGlobals.h"
 
 namespace quarvex {
@@ -30,6 +32,8 @@ struct ProgramState {
     DATASTFF datastff;
     DLGBOX dlgbox;
     MINERALINFO mineralInfo;
+    UndoHistory undoHistory;    ///< the undo and redo records of this run's edits
+    RecentFileList recentFiles; ///< the files last opened, newest first
 };
 
 } // namespace quarvex

@@ -114,10 +114,8 @@ void compute(EditOutcome& outcome, const BaselineEdit& edit) {
 }
 
 void compute(EditOutcome& outcome, const SmoothEdit& edit) {
-    const auto& x = outcome.record.x;
-    outcome.windowPoints =
-        edit.windowPoints > 0 ? edit.windowPoints : windowPointsForWidth(x, edit.width);
-    outcome.record.y = savitzkyGolay(x, outcome.record.y, {outcome.windowPoints, edit.order, 0});
+    outcome.record.y =
+        smoothedValues(outcome.record.x, outcome.record.y, edit, &outcome.windowPoints);
     outcome.label = "Smoothing";
     outcome.processingLine = "Savitzky-Golay smoothing, window " +
                              std::to_string(outcome.windowPoints) + " points, order " +
@@ -161,6 +159,16 @@ std::vector<float> proposedBaseline(std::span<const float> x, std::span<const fl
         *iterations = fit.iterations;
     }
     return std::move(fit.baseline);
+}
+
+std::vector<float> smoothedValues(std::span<const float> x, std::span<const float> y,
+                                  const SmoothEdit& edit, int* windowPoints) {
+    const int points =
+        edit.windowPoints > 0 ? edit.windowPoints : windowPointsForWidth(x, edit.width);
+    if (windowPoints != nullptr) {
+        *windowPoints = points;
+    }
+    return savitzkyGolay(x, y, {points, edit.order, 0});
 }
 
 EditOutcome computeEdit(const SpectrumRecord& record, const SpectrumEdit& edit) {

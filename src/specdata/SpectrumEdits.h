@@ -77,6 +77,11 @@ std::string_view baselineMethodName(BaselineMethod method);
 std::vector<float> proposedBaseline(std::span<const float> x, std::span<const float> y,
                                     const BaselineEdit& edit, int* iterations = nullptr);
 
+/// The values a smoothing edit gives for (x, y), for previews; `windowPoints` receives the
+/// window used. Throws QuarvexError ("Smoothing") on bad input.
+std::vector<float> smoothedValues(std::span<const float> x, std::span<const float> y,
+                                  const SmoothEdit& edit, int* windowPoints = nullptr);
+
 /// Computes `edit` on `record` without changing any loaded data. Throws QuarvexError on bad
 /// input (the record is not changed).
 EditOutcome computeEdit(const SpectrumRecord& record, const SpectrumEdit& edit);

@@ -1,6 +1,7 @@
 #include "ui/BackgroundDialog.h"
 
 #include "common/QuarvexError.h"
+#include "ui/PreviewPlot.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -15,8 +16,7 @@ namespace quarvex::ui {
 
 BackgroundDialog::BackgroundDialog(std::span<const float> x, std::span<const float> y,
                                    QWidget* parent)
-    : QDialog(parent), x_(x.begin(), x.end()), y_(y.begin(), y.end()), xValues_(x.begin(), x.end()),
-      yValues_(y.begin(), y.end()) {
+    : QDialog(parent), xValues_(x.begin(), x.end()), yValues_(y.begin(), y.end()) {
     setWindowTitle(QStringLiteral("Auto Remove Background"));
     const BaselineEdit defaults;
     method_ = new QComboBox(this);
@@ -41,14 +41,7 @@ BackgroundDialog::BackgroundDialog(std::span<const float> x, std::span<const flo
     form->addRow(QStringLiteral("Asymmetry (ALS)"), asymmetry_);
     form->addRow(QStringLiteral("Half-width (SNIP, x units)"), halfWidth_);
 
-    plot_ = new QCustomPlot(this);
-    plot_->setMinimumSize(640, 360);
-    plot_->addGraph()->setPen(QPen(Qt::darkBlue));
-    plot_->addGraph()->setPen(QPen(Qt::red, 2.0));
-    plot_->graph(0)->setName(QStringLiteral("spectrum"));
-    plot_->graph(1)->setName(QStringLiteral("proposed baseline"));
-    plot_->legend->setVisible(true);
-    plot_->xAxis->setLabel(QStringLiteral("x"));
+    plot_ = makePreviewPlot(x, y, QStringLiteral("proposed baseline"), this);
     message_ = new QLabel(this);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Apply | QDialogButtonBox::Cancel, this);
@@ -66,8 +59,6 @@ BackgroundDialog::BackgroundDialog(std::span<const float> x, std::span<const flo
     for (QDoubleSpinBox* box : {penalty_, asymmetry_, halfWidth_}) {
         connect(box, &QDoubleSpinBox::valueChanged, this, &BackgroundDialog::propose);
     }
-    plot_->graph(0)->setData(QVector<double>(x_.begin(), x_.end()),
-                             QVector<double>(y_.begin(), y_.end()), true);
     propose();
 }
 
@@ -98,16 +89,13 @@ void BackgroundDialog::propose() {
     try {
         int passes = 0;
         const std::vector<float> baseline = proposedBaseline(xValues_, yValues_, edit(), &passes);
-        plot_->graph(1)->setData(QVector<double>(x_.begin(), x_.end()),
-                                 QVector<double>(baseline.begin(), baseline.end()), true);
+        showProposal(*plot_, xValues_, baseline);
         message_->setText(
             QStringLiteral("Proposed baseline: %1 passes. Apply subtracts it.").arg(passes));
     } catch (const QuarvexError& error) {
-        plot_->graph(1)->data()->clear();
+        showProposal(*plot_, xValues_, {});
         message_->setText(QString::fromStdString(error.text()));
     }
-    plot_->rescaleAxes();
-    plot_->replot();
 }
 
 } // namespace quarvex::ui

@@ -36,8 +36,6 @@ public:
 private:
     void propose();
 
-    std::vector<double> x_;
-    std::vector<double> y_;
     std::vector<float> xValues_;
     std::vector<float> yValues_;
     QComboBox* method_ = nullptr;

@@ -44,6 +44,10 @@ inline constexpr int kCmdExportView = 30070;      ///< save the view as PDF or P
 inline constexpr int kCmdSelectRangeMode = 30071; ///< plain left-drag selects an x-range
 inline constexpr int kCmdStackSpectra = 30072;    ///< stack or overlay (preference 5)
 
+// Editing commands of the tool bar.
+inline constexpr int kCmdRemoveSpikesByHand = 30090; ///< clicks on the view remove spikes
+inline constexpr int kCmdSmooth = 30091;             ///< Savitzky-Golay smoothing, previewed
+
 // Commands of the mode docks' buttons (the docks ask the main window to dispatch them).
 inline constexpr int kCmdSearchLibrary = 30073;   ///< Raman Search: search the selected area
 inline constexpr int kCmdCompileLibrary = 30074;  ///< Raman Search: compile the library

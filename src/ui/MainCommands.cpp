@@ -82,6 +82,8 @@ bool isMainWindowCommand(int command) {
     case kCmdFindPeaks:
     case kCmdFitPeaks:
     case kCmdCopyFitTable:
+    case kCmdRemoveSpikesByHand:
+    case kCmdSmooth:
         return true;
     default:
         return isXrayButtonCommand(command) ||
@@ -206,6 +208,8 @@ void MainWndProc::runCommand(int command) {
     case kCmdTrimLeft:
     case kCmdTrimRight:
     case kCmdEditDataFile:
+    case kCmdRemoveSpikesByHand:
+    case kCmdSmooth:
         runEditCommand(command);
         break;
     default:
@@ -250,7 +254,7 @@ int MainWndProc::openFiles(const QStringList& paths) {
         try {
             const LoadedFile loaded =
                 loadSpectrumFile(state_.specdata, state_.mineralInfo, path.toStdString(), read);
-            rememberRecentFile(recentFiles_, options_.home, path.toStdString());
+            rememberRecentFile(state_.recentFiles, options_.home, path.toStdString());
             lastOpenedPath_ = path;
             added += loaded.count;
             const std::string said = describeLoad(loaded);
@@ -286,6 +290,9 @@ void MainWndProc::refreshAfterSpectrumChange() {
     xray_->spectraChanged();
     RESET_YVALS(state_.specdata);
     RESETSTACK(state_.specdata, state_.quarvex.preferences.stackSpectra);
+    if (state_.specdata.count() == 0) {
+        setSpikeRemovalByHand(false);
+    }
     AFTERUPDATESP();
 }
 
@@ -297,6 +304,7 @@ void MainWndProc::AFTERUPDATESP() {
 }
 
 void MainWndProc::showMode(QDockWidget* dock) {
+    setSpikeRemovalByHand(false); // a mode of its own ends clicking spikes away
     const bool opening = dock->isHidden();
     dock->show();
     dock->raise();

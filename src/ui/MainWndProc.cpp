@@ -93,6 +93,9 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
     connect(view_, &SpectrumView::crosshairMoved, this, &MainWndProc::updateStatus);
     connect(view_, &SpectrumView::selectionChanged, this, &MainWndProc::updateStatus);
     connect(view_, &SpectrumView::popupRequested, this, &MainWndProc::HANDLE_POPUP_MENU);
+    connect(view_, &SpectrumView::spikeClicked, this, &MainWndProc::removeSpikeAt);
+    connect(view_, &SpectrumView::spikeRemovalEnded, this,
+            [this] { setSpikeRemovalByHand(false); });
     connect(fileManager_, &FileManagerDock::popupRequested, this, &MainWndProc::HANDLE_POPUP_MENU);
     connect(fileManager_, &FileManagerDock::commandRequested, this,
             [this](int command, int spectrum) {
@@ -220,6 +223,9 @@ void MainWndProc::buildMenus() {
         {kCmdSelectRangeMode, "Select Range",
          "Dragging selects an x-range (also Shift+drag at any time)", true},
         {kCmdStackSpectra, "Stack Spectra", "Stack the spectra (off: overlay them)", true},
+        {kCmdRemoveSpikesByHand, "Remove Spikes",
+         "Click on a cosmic-ray spike to remove it (Escape ends)", true},
+        {kCmdSmooth, "Smooth...", "Savitzky-Golay smoothing, previewed before it applies", false},
     };
     for (const auto& tool : tools) {
         auto* action = new QAction(QString::fromUtf8(tool.text), this);
@@ -248,6 +254,8 @@ void MainWndProc::buildMenus() {
         {kCmdRamanSearchMode, ToolIcon::RamanSearch},
         {kCmdXrayMode, ToolIcon::XrayDiffraction},
         {kCmdPreferences, ToolIcon::Preferences},
+        {kCmdRemoveSpikesByHand, ToolIcon::RemoveSpike},
+        {kCmdSmooth, ToolIcon::Smooth},
     };
     for (const auto& [command, icon] : icons) {
         for (QAction* action : actionsFor(command)) {
@@ -282,6 +290,7 @@ void MainWndProc::PREPARE_TOOLBAR() {
             {kCmdOpen, kCmdPrint, kCmdExportView, 0},
             {kCmdZoomFull, kCmdReverseXAxis, kCmdStackSpectra, kCmdSelectRangeMode},
             {kCmdFileManager, kCmdRamanSearchMode, kCmdEditSpectrumMode, kCmdXrayMode},
+            {kCmdRemoveSpikesByHand, kCmdSmooth, 0, 0},
             {kCmdPreferences, 0, 0, 0},
         };
         for (const auto& group : groups) {
@@ -301,6 +310,7 @@ void MainWndProc::PREPARE_TOOLBAR() {
     }
     commandAction(kCmdStackSpectra)->setChecked(preferences.stackSpectra);
     commandAction(kCmdSelectRangeMode)->setChecked(view_->rangeSelectionMode());
+    commandAction(kCmdRemoveSpikesByHand)->setChecked(state_.mancre.active);
 }
 
 void MainWndProc::SET_UP_STATUS_BAR() {

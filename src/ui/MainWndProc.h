@@ -3,9 +3,7 @@
 #pragma once
 
 #include "shell/ProgramState.h"
-#include "specdata/RecentFiles.h"
 #include "specdata/SpectrumEdits.h"
-#include "specdata/UndoRecords.h"
 #include "ui/Commands.h"
 #include "ui/CoreHooks.h"
 #include "ui/UserInteraction.h"
@@ -150,6 +148,9 @@ private:
     void ORGANIZE_SAVEFILE(int command);
     void EDIT_SPECDATA_FILE();
     void applySpectrumRecord(int spectrum, const SpectrumRecord& record);
+    void setSpikeRemovalByHand(bool on);
+    void removeSpikeAt(int spectrum, double x);
+    void smooth();
     void openRecentFile(std::size_t entry);
     void updateRecentFileItems();
 
@@ -173,8 +174,6 @@ private:
     std::multimap<int, QAction*> actions_;
     std::unique_ptr<QPrinter> printer_;
     QString lastOpenedPath_;
-    UndoHistory undoHistory_;
-    RecentFileList recentFiles_;
     int targetSpectrum_ = -1;
     bool shutDownDone_ = false;
 };

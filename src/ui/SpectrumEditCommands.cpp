@@ -10,6 +10,7 @@
 #include "specdata/SpectrumRecords.h"
 #include "ui/BackgroundDialog.h"
 #include "ui/DataFileEditor.h"
+#include "ui/SmoothDialog.h"
 #include "ui/SpectrumView.h"
 
 #include <QAction>
@@ -26,6 +27,8 @@ constexpr const char* kSaveFilters =
     "Spectrum Files (*.txt)|*.txt|GRELT Files (*.grelt)|*.grelt|CSV Files (*.csv)|*.csv|"
     "JCAMP-DX Files (*.jdx *.dx)|*.jdx;*.dx|";
 
+constexpr const char* kSpikeRemovalHint = "Click on a cosmic-ray spike to remove it; Escape ends.";
+
 QString qPath(const std::string& path) {
     return QString::fromStdString(path);
 }
@@ -33,34 +36,37 @@ QString qPath(const std::string& path) {
 } // namespace
 
 void MainWndProc::startEditing() {
-    CREATE_APPEND_UNDO_FILE(undoHistory_, options_.home);
-    RECENT_FILES(recentFiles_, options_.home);
+    CREATE_APPEND_UNDO_FILE(state_.undoHistory, options_.home);
+    RECENT_FILES(state_.recentFiles, options_.home);
     updateRecentFileItems();
 }
 
 void MainWndProc::endEditing() {
-    CREATE_APPEND_UNDO_FILE(undoHistory_, options_.home);
+    CREATE_APPEND_UNDO_FILE(state_.undoHistory, options_.home);
 }
 
 bool MainWndProc::canRunEditCommand(int command) const {
     const bool loaded = state_.specdata.count() > 0;
     switch (command) {
     case kCmdUndo:
-        return !undoHistory_.undo.empty();
+        return !state_.undoHistory.undo.empty();
     case kCmdRedo:
-        return !undoHistory_.redo.empty();
+        return !state_.undoHistory.redo.empty();
     case kCmdSave:
     case kCmdSaveAs:
     case kCmdEditDataFile:
     case kCmdAutoRemoveBackground:
     case kCmdAutoRemoveCre:
+    case kCmdRemoveSpikesByHand:
+    case kCmdSmooth:
         return loaded;
     case kCmdTrimLeft:
     case kCmdTrimRight:
         return loaded && view_->crosshairPoint() >= 0;
     default:
         return command >= kCmdRecentFileFirst && command <= kCmdRecentFileLast &&
-               static_cast<std::size_t>(command - kCmdRecentFileFirst) < recentFiles_.paths.size();
+               static_cast<std::size_t>(command - kCmdRecentFileFirst) <
+                   state_.recentFiles.paths.size();
     }
 }
 
@@ -78,15 +84,21 @@ void MainWndProc::runEditCommand(int command) {
         }
         break;
     }
+    case kCmdRemoveSpikesByHand:
+        setSpikeRemovalByHand(!state_.mancre.active);
+        break;
+    case kCmdSmooth:
+        smooth();
+        break;
     case kCmdTrimLeft:
     case kCmdTrimRight:
         ORGANIZE_TRIMMING(command);
         break;
     case kCmdUndo:
     case kCmdRedo: {
-        const std::string label = command == kCmdUndo
-                                      ? undoLastEdit(undoHistory_, options_.home, state_.specdata)
-                                      : redoLastEdit(undoHistory_, options_.home, state_.specdata);
+        const std::string label =
+            command == kCmdUndo ? undoLastEdit(state_.undoHistory, options_.home, state_.specdata)
+                                : redoLastEdit(state_.undoHistory, options_.home, state_.specdata);
         refreshAfterSpectrumChange();
         statusBar()->showMessage(
             (command == kCmdUndo ? QStringLiteral("Undone: ") : QStringLiteral("Redone: ")) +
@@ -109,14 +121,52 @@ void MainWndProc::runEditCommand(int command) {
 
 void MainWndProc::applySpectrumEdit(const SpectrumEdit& edit) {
     const EditOutcome outcome =
-        applyEdit(state_.specdata, undoHistory_, options_.home, targetSpectrum(), edit);
+        applyEdit(state_.specdata, state_.undoHistory, options_.home, targetSpectrum(), edit);
     refreshAfterSpectrumChange();
     statusBar()->showMessage(QString::fromStdString(outcome.processingLine), 10000);
 }
 
+// While on, a click on the view removes the spike under it (MANCRE_GLOBALS); the cursor and the
+// tool button show the mode.
+void MainWndProc::setSpikeRemovalByHand(bool on) {
+    state_.mancre.active = on && state_.specdata.count() > 0;
+    if (state_.mancre.active) {
+        view_->setCursor(Qt::CrossCursor);
+        view_->setFocus(); // Escape reaches the view
+        statusBar()->showMessage(QString::fromUtf8(kSpikeRemovalHint));
+    } else {
+        view_->unsetCursor();
+        if (statusBar()->currentMessage() == QString::fromUtf8(kSpikeRemovalHint)) {
+            statusBar()->clearMessage();
+        }
+    }
+    commandAction(kCmdRemoveSpikesByHand)->setChecked(state_.mancre.active);
+}
+
+// A click that finds no spike there is told in the status bar: the user simply clicks again.
+void MainWndProc::removeSpikeAt(int spectrum, double x) {
+    setTargetSpectrum(spectrum);
+    try {
+        applySpectrumEdit(ManualSpikeEdit{x, state_.mancre.parameters});
+    } catch (const QuarvexError& error) {
+        statusBar()->showMessage(QString::fromStdString(error.text()), 10000);
+    }
+    setTargetSpectrum(-1);
+    SETUP_ANDADJUST_MENUS();
+}
+
+void MainWndProc::smooth() {
+    const int spectrum = targetSpectrum();
+    SmoothDialog dialog(state_.specdata.xValues(spectrum), state_.specdata.yValues(spectrum), this);
+    if (runCentred(dialog)) {
+        applySpectrumEdit(dialog.edit());
+    }
+}
+
 // The spectrum takes the values read again from its file; undo brings the old ones back.
 void MainWndProc::applySpectrumRecord(int spectrum, const SpectrumRecord& record) {
-    appendUndoRecord(undoHistory_, options_.home, state_.specdata, spectrum, "Edit Data File");
+    appendUndoRecord(state_.undoHistory, options_.home, state_.specdata, spectrum,
+                     "Edit Data File");
     replaceSpectrum(state_.specdata, spectrum, record);
     refreshAfterSpectrumChange();
 }
@@ -163,9 +213,10 @@ void MainWndProc::ORGANIZE_SAVEFILE(int command) {
     const SpectrumFileFormat format = path.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive)
                                           ? SpectrumFileFormat::Csv
                                           : SpectrumFileFormat::Program;
-    quarvex::ORGANIZE_SAVEFILE(state_.specdata, undoHistory_, spectrum, path.toStdString(), format);
+    quarvex::ORGANIZE_SAVEFILE(state_.specdata, state_.undoHistory, spectrum, path.toStdString(),
+                               format);
     if (format == SpectrumFileFormat::Program) {
-        rememberRecentFile(recentFiles_, options_.home, path.toStdString());
+        rememberRecentFile(state_.recentFiles, options_.home, path.toStdString());
         updateRecentFileItems();
     }
     refreshAfterSpectrumChange();
@@ -199,7 +250,7 @@ void MainWndProc::EDIT_SPECDATA_FILE() {
 void MainWndProc::openRecentFile(std::size_t entry) {
     std::filesystem::path path;
     try {
-        path = recentFileToOpen(recentFiles_, options_.home, entry);
+        path = recentFileToOpen(state_.recentFiles, options_.home, entry);
     } catch (const QuarvexError&) {
         updateRecentFileItems();
         throw;
@@ -212,13 +263,13 @@ void MainWndProc::updateRecentFileItems() {
     for (int command = kCmdRecentFileFirst; command <= kCmdRecentFileLast; ++command) {
         const auto entry = static_cast<std::size_t>(command - kCmdRecentFileFirst);
         for (QAction* action : actionsFor(command)) {
-            const bool used = entry < recentFiles_.paths.size();
+            const bool used = entry < state_.recentFiles.paths.size();
             action->setVisible(used);
             if (used) {
                 const QString number =
                     entry < 9 ? QStringLiteral("&%1").arg(entry + 1) : QStringLiteral("1&0");
                 action->setText(number + QLatin1Char(' ') +
-                                QString::fromStdString(recentFiles_.paths[entry].string()));
+                                QString::fromStdString(state_.recentFiles.paths[entry].string()));
             }
         }
     }

@@ -448,10 +448,12 @@ void SpectrumView::showSelection() {
 
 void SpectrumView::mousePressEvent(QMouseEvent* event) {
     const bool shift = event->modifiers() & Qt::ShiftModifier;
+    const bool clicksPlace = peakPlacingMode_ || state_.mancre.active;
     if (event->button() == Qt::LeftButton && !graphSpectrum_.empty() &&
-        (rangeSelectionMode_ || shift || peakPlacingMode_)) {
-        // While placing peaks a click places one; a drag still selects in range mode.
-        drag_ = peakPlacingMode_ && !shift ? Drag::Placing : Drag::Selecting;
+        (rangeSelectionMode_ || shift || clicksPlace)) {
+        // While placing peaks or removing spikes a click places one or removes one; a drag still
+        // selects in range mode.
+        drag_ = clicksPlace && !shift ? Drag::Placing : Drag::Selecting;
         dragStart_ = event->position();
         return;
     }
@@ -516,9 +518,18 @@ void SpectrumView::mouseReleaseEvent(QMouseEvent* event) {
     }
     if (drag_ == Drag::Placing) {
         drag_ = Drag::None;
-        const int spectrum = primaryVisibleSpectrum();
-        if (std::abs(event->position().x() - dragStart_.x()) <= kClickDistance && spectrum >= 0) {
-            emit peakPlaced(peakPositionAt(spectrum, event->position().x()));
+        const double pixelX = event->position().x();
+        if (std::abs(pixelX - dragStart_.x()) > kClickDistance) {
+            return;
+        }
+        if (state_.mancre.active) {
+            const int spectrum =
+                isDrawn(crosshairSpectrum_) ? crosshairSpectrum_ : primaryVisibleSpectrum();
+            if (spectrum >= 0) {
+                emit spikeClicked(spectrum, peakPositionAt(spectrum, pixelX));
+            }
+        } else if (const int spectrum = primaryVisibleSpectrum(); spectrum >= 0) {
+            emit peakPlaced(peakPositionAt(spectrum, pixelX));
         }
         return;
     }
@@ -542,6 +553,11 @@ void SpectrumView::wheelEvent(QWheelEvent* event) {
 void SpectrumView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && selectionRect()->isActive()) {
         selectionRect()->cancel();
+        return;
+    }
+    if (event->key() == Qt::Key_Escape && state_.mancre.active) {
+        state_.mancre.active = false;
+        emit spikeRemovalEnded();
         return;
     }
     if (event->key() == Qt::Key_Escape && selection_) {

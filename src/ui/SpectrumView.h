@@ -26,7 +26,9 @@ QString xUnitFor(const std::string& dataType);
 /// a box, the wheel zooms x (with Ctrl: y), middle-drag pans, a double click zooms full.
 /// Shift+left-drag (or any left-drag in range-selection mode) selects an x-range; a click
 /// without dragging clears it, and so does Escape. The right button asks for a pop-up menu.
-/// In peak-placing mode a left click (without Shift) places a peak instead of zooming.
+/// In peak-placing mode a left click (without Shift) places a peak instead of zooming. While
+/// manual cosmic-ray removal is on (`MANCRE_GLOBALS`), a left click asks for the spike under it
+/// to be removed instead, and Escape ends that mode.
 class SpectrumView : public QCustomPlot {
     Q_OBJECT
 
@@ -110,6 +112,11 @@ signals:
     void popupRequested(const QPoint& globalPos, int spectrum);
     /// A left click in peak-placing mode, at this x (data units).
     void peakPlaced(double x);
+    /// A left click in manual cosmic-ray removal: the highest point near it on the cross-hair
+    /// spectrum (the primary one when the cross-hair is on none), at this x (data units).
+    void spikeClicked(int spectrum, double x);
+    /// Escape on the view ended manual cosmic-ray removal.
+    void spikeRemovalEnded();
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -159,6 +159,35 @@ void draw(QPainter& p, ToolIcon icon) {
             p.setBrush(Qt::NoBrush);
         }
         break;
+    case ToolIcon::RemoveSpike:
+        p.drawPath(spectrumPath(2, 22, 20, {{8, 6, 1.6}}));
+        p.setPen(QPen(kWarm, 1.4, Qt::DashLine));
+        p.drawPolyline(QPolygonF({QPointF(15, 19.6), QPointF(16, 3), QPointF(17, 19.6)}));
+        p.setPen(accent);
+        p.drawLine(QPointF(12, 8), QPointF(20, 12));
+        break;
+    case ToolIcon::Smooth: {
+        // A noisy trace and the smooth curve through it.
+        QPainterPath noisy;
+        QPainterPath smooth;
+        for (int k = 0; k <= 20; ++k) {
+            const double trend = 13.0 - 6.0 * std::sin(k * 0.3);
+            const QPointF rough(2.0 + k, trend + (k % 2 == 0 ? 2.5 : -2.5));
+            const QPointF even(2.0 + k, trend);
+            if (k == 0) {
+                noisy.moveTo(rough);
+                smooth.moveTo(even);
+            } else {
+                noisy.lineTo(rough);
+                smooth.lineTo(even);
+            }
+        }
+        p.setPen(QPen(kInk, 1.0));
+        p.drawPath(noisy);
+        p.setPen(accent);
+        p.drawPath(smooth);
+        break;
+    }
     }
 }
 

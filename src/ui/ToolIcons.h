@@ -20,6 +20,8 @@ enum class ToolIcon {
     RamanSearch,
     XrayDiffraction,
     Preferences,
+    RemoveSpike,
+    Smooth,
 };
 
 QIcon toolIcon(ToolIcon icon);

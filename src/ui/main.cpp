@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QMouseEvent>
 #include <QPrinter>
 #include <QTimer>
 
@@ -69,6 +70,17 @@ int writeFigures(quarvex::ui::MainWndProc& window, const QString& exportPath, co
         }
     }
     return status;
+}
+
+// A left click on the view at data x, half-way up: what a user's click on a spike does.
+void clickView(quarvex::ui::SpectrumView& view, double x) {
+    const QPointF at(view.xAxis->coordToPixel(x), view.axisRect()->rect().center().y());
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, at, view.mapToGlobal(at), Qt::LeftButton,
+                          type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(&view, &event);
+    }
 }
 
 } // namespace
@@ -130,8 +142,14 @@ int main(int argc, char** argv) {
                                     QStringLiteral("Save the first dialog as an image."),
                                     QStringLiteral("FILE"));
     dialogOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    QCommandLineOption clickOption(
+        QStringLiteral("click-at"),
+        QStringLiteral("Left-click the view at this x, half-way up, after the commands."),
+        QStringLiteral("X"));
+    clickOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({homeOption, commandOption, screenshotOption, rangeOption, referenceOption,
                        exportOption, sizeOption, printPdfOption, dialogOption});
+    parser.addOption(clickOption);
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Spectrum files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(application);
@@ -162,6 +180,9 @@ int main(int argc, char** argv) {
     window.xrayDiffraction()->openReferences(parser.values(referenceOption));
     for (const QString& command : parser.values(commandOption)) {
         window.dispatch(command.toInt());
+    }
+    for (const QString& x : parser.values(clickOption)) {
+        clickView(*window.view(), x.toDouble());
     }
     if (figures) {
         return writeFigures(window, parser.value(exportOption), parser.value(sizeOption),

@@ -46,6 +46,16 @@ put("preferences", "defaults",
     "1\n2\n1\n1\n1\n32\n5\n0.1\n1.540562\n100\n4000\n25\n5\n3\n0\n1\n")
 put("preferences", "free_form", "T, 1, F F T 16 3 0.25 1.54439 200 3000 10 7 2 T F\n")
 
+put("recent_files", "two", "/data/raman/calcite.txt\n/home/user/quartz sample.txt\n")
+put("recent_files", "blanks", "\n  /a/b.txt  \n\n/c/d.txt\r\n")
+put("recent_files", "fourteen", "".join(f"/folder/file{k}.txt\n" for k in range(14)))
+# An undo record of the eight-point spectrum the undo target loads, as the writer writes it.
+record = ("##NAMES=\n##LOCALITY=\n##GRELTID=\n##CHEMISTRY=\n<COM>\ndtype: RAMAN\nwave: \n</COM>\n" +
+          "".join(f"{100 + k}, {v}\n" for k, v in enumerate([1, 2, 3, 40, 5, 6, 7, 8])))
+put("undo_record", "whole", record)
+put("undo_record", "short", record.replace("107, 8\n", ""))
+put("undo_record", "not_a_number", record.replace("103, 40", "103, nan"))
+
 if len(sys.argv) > 3:
     library = pathlib.Path(sys.argv[2])
     names = ["RamanSearchFileSlow.rsf", "RamanSearchFileFast.rsf", "RamanSearchNameList.rsf",

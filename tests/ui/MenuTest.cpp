@@ -207,6 +207,8 @@ void MenuTest::everyCommandDispatchesOrIsGreyed() {
         {30070, greyed, done},
         {30071, greyed, done},
         {30072, done, done},
+        {30090, greyed, done},
+        {30091, greyed, done},
         {30058, greyed, done},
         // The X-ray mode's buttons; the spectra loaded are Raman spectra, not patterns.
         {30078, greyed, done},

@@ -7,10 +7,15 @@
 #include "ui/BackgroundDialog.h"
 #include "ui/Commands.h"
 #include "ui/DataFileEditor.h"
+#include "ui/SmoothDialog.h"
+#include "ui/SpectrumView.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QTest>
 #include <qcustomplot.h>
 
@@ -28,6 +33,14 @@ bool sameBits(const std::vector<float>& a, const std::vector<float>& b) {
 
 bool sameSpectrum(const SpectrumRecord& a, const SpectrumRecord& b) {
     return sameBits(a.x, b.x) && sameBits(a.y, b.y) && a.comments == b.comments;
+}
+
+std::vector<double> curve(const QCustomPlot& plot, int graph) {
+    std::vector<double> values;
+    for (const auto& point : *plot.graph(graph)->data()) {
+        values.push_back(point.value);
+    }
+    return values;
 }
 
 } // namespace
@@ -104,6 +117,109 @@ void SpectrumEditingTest::backgroundDialogDrawsTheProposedBaselineBeforeApply() 
     // Cancel leaves the spectrum and the undo list as they were.
     QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), original));
     QCOMPARE(fixture.window->dispatch(ui::kCmdUndo), ui::DispatchResult::Greyed);
+}
+
+void SpectrumEditingTest::clicksRemoveSpikesByHandUntilEscape() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    ui::MainWndProc& window = *fixture.window;
+    ui::SpectrumView& view = *window.view();
+    SPECDATA_GLOBALS& specdata = fixture.state.specdata;
+    constexpr std::size_t kSpike = 400; // between the bands
+    const SpectrumRecord clean = spectrumRecord(specdata, 0);
+    const float highest = *std::max_element(clean.y.begin(), clean.y.end());
+    specdata.yColumn(0)[kSpike] += 10.0F * highest; // a one-point cosmic ray
+    view.ORGANIZE_PAINTING();
+    view.ZOOM_OUT();
+    const SpectrumRecord spiked = spectrumRecord(specdata, 0);
+    // Two points beside the spike, in the middle of the plot's height.
+    const QPoint beside(static_cast<int>(view.xAxis->coordToPixel(clean.x[kSpike + 2])),
+                        view.axisRect()->rect().center().y());
+    const auto modeShown = [&window] {
+        return window.actionsFor(ui::kCmdRemoveSpikesByHand).front()->isChecked();
+    };
+
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, beside);
+    QVERIFY2(sameSpectrum(spectrumRecord(specdata, 0), spiked),
+             "outside the mode a click edits nothing");
+
+    QCOMPARE(window.dispatch(ui::kCmdRemoveSpikesByHand), ui::DispatchResult::Done);
+    QVERIFY(fixture.state.mancre.active);
+    QVERIFY(modeShown());
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, beside);
+    const SpectrumRecord removed = spectrumRecord(specdata, 0);
+    // The spike point ends within 5% of the peak height of its clean value; no other point moves.
+    QVERIFY2(std::abs(removed.y[kSpike] - clean.y[kSpike]) < 0.05F * highest,
+             qPrintable(QString::number(removed.y[kSpike])));
+    for (std::size_t i = 0; i < removed.y.size(); ++i) {
+        QVERIFY(i == kSpike || removed.y[i] == spiked.y[i]);
+    }
+    QVERIFY(QString::fromStdString(removed.comments.back()).contains("spike removed by hand"));
+    QVERIFY(fixture.interaction->errors.empty());
+
+    // Undoable like the other edits, bit for bit; redo removes it again.
+    QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Done);
+    QVERIFY(sameSpectrum(spectrumRecord(specdata, 0), spiked));
+    QCOMPARE(window.dispatch(ui::kCmdRedo), ui::DispatchResult::Done);
+    QVERIFY(sameSpectrum(spectrumRecord(specdata, 0), removed));
+    QCOMPARE(window.dispatch(ui::kCmdUndo), ui::DispatchResult::Done);
+
+    // Escape ends the mode: a click edits nothing any more.
+    QTest::keyClick(&view, Qt::Key_Escape);
+    QVERIFY(!fixture.state.mancre.active);
+    QVERIFY(!modeShown());
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, beside);
+    QVERIFY(sameSpectrum(spectrumRecord(specdata, 0), spiked));
+
+    // So does changing to another mode.
+    QCOMPARE(window.dispatch(ui::kCmdRemoveSpikesByHand), ui::DispatchResult::Done);
+    QVERIFY(fixture.state.mancre.active);
+    QCOMPARE(window.dispatch(ui::kCmdFileManager), ui::DispatchResult::Done);
+    QVERIFY(!fixture.state.mancre.active);
+    QVERIFY(!modeShown());
+}
+
+void SpectrumEditingTest::smoothingDialogPreviewsTheCurveBeforeApply() {
+    WindowFixture fixture;
+    fixture.open({"calcite_bwtek_532nm_icv.txt"});
+    const SpectrumRecord original = spectrumRecord(fixture.state.specdata, 0);
+    std::vector<double> proposed;
+    bool tooWideRefused = false;
+    QString message;
+    fixture.interaction->onDialog = [&](QDialog& dialog) {
+        auto& smooth = dynamic_cast<ui::SmoothDialog&>(dialog);
+        // A window wider than the spectrum: no curve, its message, and Apply greyed.
+        smooth.width()->setValue(1.0e6);
+        tooWideRefused = curve(*smooth.plot(), 1).empty() && !smooth.applyButton()->isEnabled() &&
+                         smooth.message().contains("wider");
+        smooth.width()->setValue(5.0 * (original.x.back() - original.x.front()) /
+                                 static_cast<double>(original.x.size() - 1));
+        smooth.order()->setValue(2);
+        proposed = curve(*smooth.plot(), 1);
+        message = smooth.message();
+        return int{QDialog::Accepted};
+    };
+    QCOMPARE(fixture.window->dispatch(ui::kCmdSmooth), ui::DispatchResult::Done);
+    QVERIFY(fixture.interaction->errors.empty());
+    QVERIFY(tooWideRefused);
+    QCOMPARE(message, QStringLiteral("Window of 5 points, order 2. Apply smooths the spectrum."));
+    // The preview is the 5-point quadratic Savitzky-Golay filter, (-3, 12, 17, 12, -3) / 35.
+    QCOMPARE(proposed.size(), original.y.size());
+    const float highest = *std::max_element(original.y.begin(), original.y.end());
+    for (const std::size_t i : {std::size_t{100}, std::size_t{777}, original.y.size() / 2}) {
+        const auto& y = original.y;
+        const double expected =
+            (-3.0 * y[i - 2] + 12.0 * y[i - 1] + 17.0 * y[i] + 12.0 * y[i + 1] - 3.0 * y[i + 2]) /
+            35.0;
+        QVERIFY2(std::abs(proposed[i] - expected) < 1.0e-5 * highest, // single-precision sums
+                 qPrintable(QString::number(i)));
+    }
+    // Apply puts the previewed curve in place; undo brings the original back bit for bit.
+    const SpectrumRecord smoothed = spectrumRecord(fixture.state.specdata, 0);
+    QCOMPARE(std::vector<double>(smoothed.y.begin(), smoothed.y.end()), proposed);
+    QVERIFY(QString::fromStdString(smoothed.comments.back()).contains("Savitzky-Golay"));
+    QCOMPARE(fixture.window->dispatch(ui::kCmdUndo), ui::DispatchResult::Done);
+    QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), original));
 }
 
 void SpectrumEditingTest::saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting() {

@@ -1,5 +1,6 @@
-// The editing commands of the main window: cosmic rays, background, trimming, undo and redo,
-// saving and the recent-file list, driven by their command numbers.
+// The editing commands of the main window: cosmic rays (also by hand on the view), background,
+// smoothing, trimming, undo and redo, saving and the recent-file list, driven by their command
+// numbers and the mouse.
 #pragma once
 
 #include <QObject>
@@ -12,6 +13,8 @@ class SpectrumEditingTest : public QObject {
 private slots:
     void undoRestoresEveryEditBitForBitAndRedoReapplies();
     void backgroundDialogDrawsTheProposedBaselineBeforeApply();
+    void clicksRemoveSpikesByHandUntilEscape();
+    void smoothingDialogPreviewsTheCurveBeforeApply();
     void saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting();
     void editDataFileReadsTheSpectrumAgainOrKeepsIt();
     void recentFilesListOpenedFilesAndDropAMissingOne();
