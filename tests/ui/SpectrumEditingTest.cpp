@@ -206,7 +206,7 @@ void SpectrumEditingTest::smoothingDialogPreviewsTheCurveBeforeApply() {
     // The preview is the 5-point quadratic Savitzky-Golay filter, (-3, 12, 17, 12, -3) / 35.
     QCOMPARE(proposed.size(), original.y.size());
     const float highest = *std::max_element(original.y.begin(), original.y.end());
-    for (const std::size_t i : {std::size_t{100}, std::size_t{777}, original.y.size() / 2}) {
+    for (const std::size_t i : {std::size_t{2}, original.y.size() / 2, original.y.size() - 3}) {
         const auto& y = original.y;
         const double expected =
             (-3.0 * y[i - 2] + 12.0 * y[i - 1] + 17.0 * y[i] + 12.0 * y[i + 1] - 3.0 * y[i + 2]) /
