@@ -2,7 +2,7 @@
 # Fuzzing campaigns with libFuzzer (clang, ASan + UBSan), in the build folder build-fuzz.
 #   tests/fuzz/run.sh TARGET SECONDS        fuzz TARGET for SECONDS, starting from its corpus
 #   tests/fuzz/run.sh --merge TARGET SEEDS  minimise SEEDS (and the corpus) into the corpus
-# Targets: spectrum diff_file refine xray_project library preferences. New inputs go to
+# Targets: the names in tests/fuzz/CMakeLists.txt (spectrum, spc, jcamp, ...). New inputs go to
 # build-fuzz/campaign/TARGET (never into the committed corpus); crashes to
 # build-fuzz/findings/TARGET. Needs clang and libFuzzer: QUARVEX_FUZZ=ON ./setup.sh installs them.
 set -euo pipefail
