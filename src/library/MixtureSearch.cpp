@@ -20,15 +20,7 @@ struct ScaleFit {
 };
 
 ScaleFit fitScale(const RobustSpectrum& residual, const RobustSpectrum& entry, int shift) {
-    const auto [from, to, offset] = gridOverlap(residual, entry, shift);
-    double product = 0.0;
-    double entrySquares = 0.0;
-    for (long i = from; i < to; ++i) {
-        const double r = residual.values[static_cast<std::size_t>(i)];
-        const double e = entry.values[static_cast<std::size_t>(i + offset)];
-        product += r * e;
-        entrySquares += e * e;
-    }
+    const auto [product, entrySquares] = shiftedProducts(residual, entry, shift);
     if (product <= 0.0 || entrySquares <= 0.0) {
         return {0.0, 0.0, shift};
     }

@@ -14,15 +14,7 @@ namespace {
 // The cosine of the unknown with the entry moved by `shift`, given the unknown's norm.
 double shiftedCosine(const RobustSpectrum& unknown, double unknownNorm, const RobustSpectrum& entry,
                      int shift) {
-    const auto [from, to, offset] = gridOverlap(unknown, entry, shift);
-    double product = 0.0;
-    double entrySquares = 0.0;
-    for (long i = from; i < to; ++i) {
-        const double u = unknown.values[static_cast<std::size_t>(i)];
-        const double e = entry.values[static_cast<std::size_t>(i + offset)];
-        product += u * e;
-        entrySquares += e * e;
-    }
+    const auto [product, entrySquares] = shiftedProducts(unknown, entry, shift);
     if (entrySquares <= 0.0) {
         return 0.0;
     }
@@ -38,6 +30,18 @@ GridOverlap gridOverlap(const RobustSpectrum& a, const RobustSpectrum& b, int sh
         std::max(0L, -offset),
         std::min(static_cast<long>(a.values.size()), static_cast<long>(b.values.size()) - offset),
         offset};
+}
+
+ShiftedProducts shiftedProducts(const RobustSpectrum& a, const RobustSpectrum& b, int shift) {
+    const auto [from, to, offset] = gridOverlap(a, b, shift);
+    ShiftedProducts sums;
+    for (long i = from; i < to; ++i) {
+        const double u = a.values[static_cast<std::size_t>(i)];
+        const double e = b.values[static_cast<std::size_t>(i + offset)];
+        sums.product += u * e;
+        sums.bSquares += e * e;
+    }
+    return sums;
 }
 
 double sumOfSquares(std::span<const float> values) {

@@ -40,6 +40,14 @@ struct GridOverlap {
 };
 GridOverlap gridOverlap(const RobustSpectrum& a, const RobustSpectrum& b, int shift);
 
+/// Over the overlap of `a` with `b` moved by `shift`: the sum of the products of the two and the
+/// sum of the squares of b, in double precision, in grid order.
+struct ShiftedProducts {
+    double product = 0.0;
+    double bSquares = 0.0;
+};
+ShiftedProducts shiftedProducts(const RobustSpectrum& a, const RobustSpectrum& b, int shift);
+
 /// The sum of the squares, in double precision.
 double sumOfSquares(std::span<const float> values);
 

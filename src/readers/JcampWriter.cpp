@@ -1,8 +1,7 @@
 #include "readers/JcampWriter.h"
 
-#include "common/AtomicFile.h"
-#include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "specdata/SpectrumFileWriter.h"
 
 #include <algorithm>
 #include <cctype>
@@ -69,17 +68,7 @@ bool isJcampDxName(const std::filesystem::path& path) {
 }
 
 void writeJcampDxFile(const std::filesystem::path& path, const SpectrumRecord& record) {
-    AtomicFile file(path);
-    if (file.isOpen()) {
-        writeJcampDx(file.stream(), record);
-        if (file.commit()) {
-            return;
-        }
-    }
-    throw QuarvexError("Cannot write " + path.string() +
-                           ": the folder does not exist, is read-only or is full. Nothing was "
-                           "written.",
-                       "Save");
+    writeSavedFile(path, [&](std::ostream& out) { writeJcampDx(out, record); });
 }
 
 } // namespace quarvex

@@ -63,11 +63,11 @@ void writeSpectrumText(std::ostream& out, const SpectrumRecord& record, Spectrum
     }
 }
 
-void writeSpectrumFile(const std::filesystem::path& path, const SpectrumRecord& record,
-                       SpectrumFileFormat format) {
+void writeSavedFile(const std::filesystem::path& path,
+                    const std::function<void(std::ostream&)>& write) {
     AtomicFile file(path);
     if (file.isOpen()) {
-        writeSpectrumText(file.stream(), record, format);
+        write(file.stream());
         if (file.commit()) {
             return;
         }
@@ -76,6 +76,11 @@ void writeSpectrumFile(const std::filesystem::path& path, const SpectrumRecord& 
                            ": the folder does not exist, is read-only or is full. Nothing was "
                            "written.",
                        "Save");
+}
+
+void writeSpectrumFile(const std::filesystem::path& path, const SpectrumRecord& record,
+                       SpectrumFileFormat format) {
+    writeSavedFile(path, [&](std::ostream& out) { writeSpectrumText(out, record, format); });
 }
 
 } // namespace quarvex

@@ -5,6 +5,7 @@
 #include "specdata/SpecDataGlobals.h"
 
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -27,6 +28,11 @@ std::vector<std::string> readCommentLines(const std::filesystem::path& path);
 
 /// Writes `record` as text in `format` (see writeSpectrumFile).
 void writeSpectrumText(std::ostream& out, const SpectrumRecord& record, SpectrumFileFormat format);
+
+/// Writes what `write` puts out to `path` atomically. Throws QuarvexError ("Save") when the file
+/// cannot be written (a missing or read-only folder); the destination is then left as it was.
+void writeSavedFile(const std::filesystem::path& path,
+                    const std::function<void(std::ostream&)>& write);
 
 /// Writes `record` to `path` atomically: the four header keys, the comment block ("dtype:",
 /// "wave:", then the comment lines in their order, "processing:" lines included), then the points
