@@ -212,8 +212,8 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
             std::cerr << note << '\n';
         }
     } else {
-        compilation = searchLibrary(state.quarvex.programFolder, unknownX, searchedY, state.library,
-                                    mode, terminalProgress());
+        compilation = searchLibrary(state.quarvex.programFolder, unknownX, searchedY,
+                                    state.library, mode, terminalProgress());
     }
     if (compilation) {
         std::cerr << "The library was compiled first.\n";
