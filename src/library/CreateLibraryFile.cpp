@@ -6,6 +6,7 @@
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
 #include "library/GridCache.h"
+#include "library/LibraryManifest.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "readers/SpectrumFormats.h"
@@ -268,6 +269,8 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     finishInterruptedCompilation(result.folder);
     removeStaleTemporaryFiles(result.folder);
     reportProgress(progress, kCompilingStatus, 0.0);
+    // Listed before any file is read: a file changed during the pass shows as changed next time.
+    const auto listed = listReferenceFiles(result.folder);
     const std::vector<std::string> names = sortedFileNames(result.folder);
     LibraryFiles files(result.folder, beforeStep);
     if (workers == 0) {
@@ -301,6 +304,7 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     // Made from the files just put in place and bound to them by their fingerprint: without it
     // (a read-only folder) the search reads the text.
     writeGridCache(result.folder);
+    writeLibraryManifest(result.folder, listed, result.entries);
     reportProgress(progress, kCompilingStatus, 1.0);
     return result;
 }

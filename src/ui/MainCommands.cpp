@@ -9,6 +9,7 @@
 #include "specdata/SpecDataArrange.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/AboutDlgProc.h"
+#include "ui/BackgroundCompilation.h"
 #include "ui/ColumnChoiceDialog.h"
 #include "ui/Commands.h"
 #include "ui/EditSpectrumDock.h"
@@ -483,6 +484,7 @@ void MainWndProc::consistencyExam() {
     std::optional<ConsistencyExamResult> exam; // a failure reaches the user through dispatch
     if (!runCancellableWithProgress(this, QString::fromUtf8(kConsistencyTitle),
                                     [this, &exam](const ProgressCallback& progress) {
+                                        libraryCompilation_->wait(progress);
                                         exam = hooks_.consistencyExam(state_, progress);
                                     })) {
         statusBar()->showMessage(QStringLiteral("Consistency exam cancelled"));
