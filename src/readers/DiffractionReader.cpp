@@ -16,6 +16,7 @@
 #include <cctype>
 #include <clocale>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <locale.h>
 #include <memory>
@@ -168,6 +169,26 @@ std::optional<double> xrdmlWavelength(std::string_view bytes) {
     return std::nullopt;
 }
 
+// xylib passes the RAW wavelengths on as text of six digits ("1.5406" for 1.540598): read them
+// from their fields instead, K-alpha1 of the first range (version 1, a float at 72), of the file
+// (version 2, a float at 190; version 3, a double at 624), as the shortest text of that type.
+std::optional<std::string> rawWavelengthText(std::string_view bytes) {
+    const auto field = [&](std::size_t offset, auto value) -> std::optional<std::string> {
+        if (bytes.size() < offset + sizeof(value)) {
+            return std::nullopt;
+        }
+        std::memcpy(&value, bytes.data() + offset, sizeof(value));
+        if (!(value >= kMinXrayWavelength && value <= kMaxXrayWavelength)) {
+            return std::nullopt;
+        }
+        return shortestText(value);
+    };
+    if (bytes.starts_with("RAW1.01")) {
+        return field(624, double{});
+    }
+    return bytes.starts_with("RAW2") ? field(190, float{}) : field(72, float{});
+}
+
 void addMetaComments(const xylib::MetaData& meta, SpectrumRecord& record) {
     for (std::size_t k = 0; k < meta.size() && record.comments.size() < kMaxMetaComments; ++k) {
         const std::string& key = meta.get_key(k);
@@ -278,6 +299,8 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
     if (!fileWavelength && std::string_view(format) == "xrdml") {
         fileWavelength = xrdmlWavelength(bytes);
     }
+    const std::optional<std::string> rawWavelength =
+        std::string_view(format) == "bruker_raw" ? rawWavelengthText(bytes) : std::nullopt;
     std::vector<SpectrumRecord> records;
     for (int b = 0; b < dataSet->get_block_count(); ++b) {
         const xylib::Block& block = *dataSet->get_block(b);
@@ -291,7 +314,9 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
                  "scan " + std::to_string(b + 1) + " holds a value that is not a finite number");
         }
         const std::optional<double> wavelength = wavelengthIn(block.meta);
-        if (wavelength || fileWavelength) {
+        if (std::string_view(format) == "bruker_raw") {
+            record.waveInfo = rawWavelength.value_or("");
+        } else if (wavelength || fileWavelength) {
             record.waveInfo = shortestText(wavelength ? *wavelength : *fileWavelength);
         }
         record.comments.push_back(std::string("format: ") + info->desc);
