@@ -4,6 +4,7 @@
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "readers/ReaderFiles.h"
+#include "readers/StatedWavelength.h"
 #include "readers/XyColumns.h"
 #include "specdata/PointOrder.h"
 #include "specdata/SpecDataManager.h"
@@ -189,6 +190,33 @@ std::optional<std::string> rawWavelengthText(std::string_view bytes) {
     return bytes.starts_with("RAW2") ? field(190, float{}) : field(72, float{});
 }
 
+// Wavelengths in headers xylib skips: a CPI file gives its own on the sixth line (after the
+// anode's symbol); a RIET7 or DBWS file has free text above or beside its start-step-stop line,
+// where one may be stated (statedWavelength).
+std::optional<double> headerWavelength(std::string_view format, std::string_view bytes) {
+    constexpr std::size_t kHeaderLines = 6;
+    std::size_t start = 0;
+    for (std::size_t line = 0; line < kHeaderLines && start < bytes.size(); ++line) {
+        std::size_t end = bytes.find('\n', start);
+        end = end == std::string_view::npos ? bytes.size() : end;
+        const std::string_view text = trimmed(bytes.substr(start, end - start));
+        start = end + 1;
+        double value = 0.0;
+        if (format == "cpi" && line == kHeaderLines - 1) {
+            return readAll(text, value) && value >= kMinXrayWavelength &&
+                           value <= kMaxXrayWavelength
+                       ? std::optional(value)
+                       : std::nullopt;
+        }
+        if (format == "riet7" || format == "dbws") {
+            if (const std::optional<double> stated = statedWavelength(text)) {
+                return stated;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
 void addMetaComments(const xylib::MetaData& meta, SpectrumRecord& record) {
     for (std::size_t k = 0; k < meta.size() && record.comments.size() < kMaxMetaComments; ++k) {
         const std::string& key = meta.get_key(k);
@@ -298,6 +326,9 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
     std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
     if (!fileWavelength && std::string_view(format) == "xrdml") {
         fileWavelength = xrdmlWavelength(bytes);
+    }
+    if (!fileWavelength) {
+        fileWavelength = headerWavelength(format, bytes);
     }
     const std::optional<std::string> rawWavelength =
         std::string_view(format) == "bruker_raw" ? rawWavelengthText(bytes) : std::nullopt;

@@ -102,19 +102,20 @@ counts = scan(15.0, 0.025, 80, 4)
 write("scan.cpi",
       "SIETRONICS XRD SCAN\n15.00\n16.975\n0.025\nCu\n1.54056\n01/01/2000\n1.0\ntest scan\n"
       "SCANDATA\n" + lines_of(counts, 1, "{}"))
-expect("scan.cpi", 15.0, 0.025, counts)  # xylib does not pass the wavelength line on
+expect("scan.cpi", 15.0, 0.025, counts, "1.54056")  # the sixth line, which xylib skips
 
 # START, STEP, STOP in (3F8.2, A48), then counts in 8(F7.0,1X).
 counts = scan(8.0, 0.05, 96, 5)
-write("scan.dbw", "{:8.2f}{:8.2f}{:8.2f}{:<48}\n".format(8.0, 0.05, 12.75, "test scan") +
+write("scan.dbw", "{:8.2f}{:8.2f}{:8.2f}{:<48}\n".format(8.0, 0.05, 12.75,
+                                                         "test scan, Mo K-alpha1 0.70932") +
       lines_of(counts, 8, "{:7.0f}"))
-expect("scan.dbw", 8.0, 0.05, counts)
+expect("scan.dbw", 8.0, 0.05, counts, "0.70932")
 
 # Up to four comment lines, start step stop, then free-format counts.
 counts = scan(12.0, 0.03, 110, 6)
-write("scan_riet7.dat", "test scan written by make_diffraction.py\n" +
+write("scan_riet7.dat", "test scan written by make_diffraction.py\nlambda = 1.78897 A\n" +
       "  12.000   0.030  15.270\n" + lines_of(counts, 10, "{:6d}"))
-expect("scan_riet7.dat", 12.0, 0.03, counts)
+expect("scan_riet7.dat", 12.0, 0.03, counts, "1.78897")
 
 # Powder-diffraction CIF with a loop of 2-theta and counts.
 counts = scan(25.0, 0.1, 60, 7)
@@ -136,9 +137,9 @@ expect("scan.udf", 30.0, 0.02, counts, "1.5406")
 
 # Two or three columns: 2-theta, counts[, standard uncertainty].
 counts = scan(40.0, 0.02, 70, 9)
-write("scan.xy", "# 2theta counts\n" +
+write("scan.xy", "# synchrotron scan\n# Wavelength: 7.2932e-11 m\n# 2theta counts\n" +
       "".join(f"{40.0 + 0.02 * k:.3f} {c}\n" for k, c in enumerate(counts)))
-expect("scan.xy", 40.0, 0.02, counts)
+expect("scan.xy", 40.0, 0.02, counts, "0.72932")
 counts = scan(41.0, 0.02, 75, 10)
 write("scan.xye", "".join(f"{41.0 + 0.02 * k:.3f} {c} {math.sqrt(c):.3f}\n"
                           for k, c in enumerate(counts)))
