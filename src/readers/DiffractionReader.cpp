@@ -3,8 +3,8 @@
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "readers/DiffractionWavelength.h"
 #include "readers/ReaderFiles.h"
-#include "readers/StatedWavelength.h"
 #include "readers/XyColumns.h"
 #include "specdata/PointOrder.h"
 #include "specdata/SpecDataManager.h"
@@ -17,7 +17,6 @@
 #include <cctype>
 #include <clocale>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <locale.h>
 #include <memory>
@@ -153,70 +152,6 @@ std::optional<double> wavelengthIn(const xylib::MetaData& meta) {
     return std::nullopt;
 }
 
-// XRDML states the wavelength in an element xylib does not pass on: <kAlpha1 ...>1.54</kAlpha1>.
-std::optional<double> xrdmlWavelength(std::string_view bytes) {
-    const std::size_t element = bytes.find("<kAlpha1");
-    const std::size_t open = bytes.find('>', element);
-    const std::size_t close = bytes.find('<', open);
-    if (element == std::string_view::npos || open == std::string_view::npos ||
-        close == std::string_view::npos) {
-        return std::nullopt;
-    }
-    double value = 0.0;
-    if (readAll(trimmed(bytes.substr(open + 1, close - open - 1)), value) &&
-        value >= kMinXrayWavelength && value <= kMaxXrayWavelength) {
-        return value;
-    }
-    return std::nullopt;
-}
-
-// xylib passes the RAW wavelengths on as text of six digits ("1.5406" for 1.540598): read them
-// from their fields instead, K-alpha1 of the first range (version 1, a float at 72), of the file
-// (version 2, a float at 190; version 3, a double at 624), as the shortest text of that type.
-std::optional<std::string> rawWavelengthText(std::string_view bytes) {
-    const auto field = [&](std::size_t offset, auto value) -> std::optional<std::string> {
-        if (bytes.size() < offset + sizeof(value)) {
-            return std::nullopt;
-        }
-        std::memcpy(&value, bytes.data() + offset, sizeof(value));
-        if (!(value >= kMinXrayWavelength && value <= kMaxXrayWavelength)) {
-            return std::nullopt;
-        }
-        return shortestText(value);
-    };
-    if (bytes.starts_with("RAW1.01")) {
-        return field(624, double{});
-    }
-    return bytes.starts_with("RAW2") ? field(190, float{}) : field(72, float{});
-}
-
-// Wavelengths in headers xylib skips: a CPI file gives its own on the sixth line (after the
-// anode's symbol); a RIET7 or DBWS file has free text above or beside its start-step-stop line,
-// where one may be stated (statedWavelength).
-std::optional<double> headerWavelength(std::string_view format, std::string_view bytes) {
-    constexpr std::size_t kHeaderLines = 6;
-    std::size_t start = 0;
-    for (std::size_t line = 0; line < kHeaderLines && start < bytes.size(); ++line) {
-        std::size_t end = bytes.find('\n', start);
-        end = end == std::string_view::npos ? bytes.size() : end;
-        const std::string_view text = trimmed(bytes.substr(start, end - start));
-        start = end + 1;
-        double value = 0.0;
-        if (format == "cpi" && line == kHeaderLines - 1) {
-            return readAll(text, value) && value >= kMinXrayWavelength &&
-                           value <= kMaxXrayWavelength
-                       ? std::optional(value)
-                       : std::nullopt;
-        }
-        if (format == "riet7" || format == "dbws") {
-            if (const std::optional<double> stated = statedWavelength(text)) {
-                return stated;
-            }
-        }
-    }
-    return std::nullopt;
-}
-
 void addMetaComments(const xylib::MetaData& meta, SpectrumRecord& record) {
     for (std::size_t k = 0; k < meta.size() && record.comments.size() < kMaxMetaComments; ++k) {
         const std::string& key = meta.get_key(k);
@@ -323,15 +258,10 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
     } catch (const std::exception& error) {
         fail(path, std::string("cannot be read as ") + info->desc + ": " + error.what());
     }
-    std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
-    if (!fileWavelength && std::string_view(format) == "xrdml") {
-        fileWavelength = xrdmlWavelength(bytes);
-    }
-    if (!fileWavelength) {
-        fileWavelength = headerWavelength(format, bytes);
-    }
-    const std::optional<std::string> rawWavelength =
-        std::string_view(format) == "bruker_raw" ? rawWavelengthText(bytes) : std::nullopt;
+    const std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
+    const std::optional<std::string> ownWavelength = wavelengthFromBytes(format, bytes);
+    // xylib passes the RAW wavelengths on rounded to six digits: the file's own field wins.
+    const bool ownWavelengthFirst = std::string_view(format) == "bruker_raw";
     std::vector<SpectrumRecord> records;
     for (int b = 0; b < dataSet->get_block_count(); ++b) {
         const xylib::Block& block = *dataSet->get_block(b);
@@ -344,12 +274,10 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
             fail(path,
                  "scan " + std::to_string(b + 1) + " holds a value that is not a finite number");
         }
-        const std::optional<double> wavelength = wavelengthIn(block.meta);
-        if (std::string_view(format) == "bruker_raw") {
-            record.waveInfo = rawWavelength.value_or("");
-        } else if (wavelength || fileWavelength) {
-            record.waveInfo = shortestText(wavelength ? *wavelength : *fileWavelength);
-        }
+        std::optional<double> keyed = wavelengthIn(block.meta);
+        keyed = keyed ? keyed : fileWavelength;
+        record.waveInfo =
+            keyed && !ownWavelengthFirst ? shortestText(*keyed) : ownWavelength.value_or("");
         record.comments.push_back(std::string("format: ") + info->desc);
         addMetaComments(dataSet->meta, record);
         addMetaComments(block.meta, record);
