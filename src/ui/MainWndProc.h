@@ -2,6 +2,7 @@
 // one dispatch function from command number to operation.
 #pragma once
 
+#include "readers/ReadOptions.h"
 #include "shell/ProgramState.h"
 #include "specdata/SpectrumEdits.h"
 #include "ui/Commands.h"
@@ -159,6 +160,9 @@ private:
     void ORGANIZE_TRIMMING(int command);
     void ORGANIZE_SAVEFILE(int command);
     void EDIT_SPECDATA_FILE();
+    /// Read options that ask for the x and y columns of a delimited file of `path` in the
+    /// column dialog.
+    ReadOptions columnDialogOptions(const QString& path);
     void applySpectrumRecord(int spectrum, const SpectrumRecord& record);
     void setSpikeRemovalByHand(bool on);
     void removeSpikeAt(int spectrum, double x);

@@ -7,7 +7,7 @@
 #include "library/DotProdSearch.h"
 #include "library/SearchExplain.h"
 #include "processing/InterpAndNorm.h"
-#include "specdata/SpecDataManager.h"
+#include "readers/LoadSpectra.h"
 #include "ui/BackgroundCompilation.h"
 #include "ui/Commands.h"
 #include "ui/CsvExport.h"
@@ -454,7 +454,7 @@ void RamanSearchDock::overlaySelected() {
     SPECDATA_GLOBALS reference;
     MINERALINFO header;
     try {
-        READ_SPECDATA_FILE(reference, header, file);
+        loadSpectrumFile(reference, header, file); // a file of several: the first is drawn
     } catch (const QuarvexError& error) {
         details_->setText(details_->text() +
                           QStringLiteral("<br>The reference spectrum cannot be drawn: %1")
