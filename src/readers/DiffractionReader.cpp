@@ -8,7 +8,7 @@
 #include "readers/XyColumns.h"
 #include "specdata/PointOrder.h"
 #include "specdata/SpecDataManager.h"
-#include "xray/XrayWorkflow.h"
+#include "specdata/XrayWavelengthRange.h"
 
 #include <xylib/xylib.h>
 

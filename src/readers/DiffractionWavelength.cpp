@@ -3,7 +3,7 @@
 #include "common/ListReader.h"
 #include "common/TextUtils.h"
 #include "readers/StatedWavelength.h"
-#include "xray/XrayWorkflow.h"
+#include "specdata/XrayWavelengthRange.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "readers/StatedWavelength.h"
 
-#include "xray/XrayWorkflow.h"
+#include "specdata/XrayWavelengthRange.h"
 
 #include <algorithm>
 #include <array>

@@ -4,6 +4,7 @@
 
 #include "processing/PeakFitting.h"
 #include "specdata/SpecDataGlobals.h"
+#include "specdata/XrayWavelengthRange.h"
 #include "xray/PeakMatching.h"
 #include "xray/XrayGlobals.h"
 
@@ -18,10 +19,6 @@ namespace quarvex {
 
 /// A pattern's x values must lie in this range to be read as 2-theta in degrees.
 inline constexpr float kMaxTwoThetaDeg = 180.0F;
-/// A "wave:" value is taken as an X-ray wavelength in angstroms only within this range (a
-/// Raman laser line such as 532 is not one).
-inline constexpr double kMinXrayWavelength = 0.05;
-inline constexpr double kMaxXrayWavelength = 5.0;
 /// The second wavelength of a reference file joins only when its first agrees with the
 /// pattern's wavelength to this (angstroms): both then come from the same anode.
 inline constexpr double kSameWavelength = 1.0e-4;
