@@ -26,6 +26,10 @@ public:
                         std::size_t maxLineLength = kDefaultMaxLineLength,
                         std::size_t bufferSize = kDefaultBufferSize);
 
+    /// Reads a file opened by the caller (null: isOpen() is false), such as a pipe that
+    /// openReadableFile took.
+    LineReader(FilePointer file, std::size_t maxLineLength, std::size_t bufferSize);
+
     /// False when the file could not be opened (missing, a folder, no permission).
     bool isOpen() const noexcept { return file_ != nullptr; }
 
