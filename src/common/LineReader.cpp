@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace quarvex {
 
@@ -19,7 +20,10 @@ std::string_view trimEndOfLine(std::string_view line) {
 
 LineReader::LineReader(const std::filesystem::path& path, std::size_t maxLineLength,
                        std::size_t bufferSize)
-    : file_(openReadableFile(path)), maxLineLength_(maxLineLength) {
+    : LineReader(openReadableFile(path), maxLineLength, bufferSize) {}
+
+LineReader::LineReader(FilePointer file, std::size_t maxLineLength, std::size_t bufferSize)
+    : file_(std::move(file)), maxLineLength_(maxLineLength) {
     if (file_) {
         // Left uninitialised: only what fread put in is read, and readers open several per search.
         capacity_ = std::max<std::size_t>(bufferSize, 1);

@@ -11,6 +11,14 @@
 
 namespace quarvex {
 
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+// Fuzzing builds (QUARVEX_FUZZ) read through a small buffer: line ends fall on buffer boundaries,
+// and the sanitizers need not prepare 1 MiB for every input of every reader.
+inline constexpr std::size_t kLineReaderBufferBytes = 64;
+#else
+inline constexpr std::size_t kLineReaderBufferBytes = std::size_t{1} << 20;
+#endif
+
 /// Reads a text file line by line through a large buffer. Each line comes without its end of
 /// line ("\n" or "\r\n") and cut at `maxLineLength` characters, like a read into a fixed-width
 /// line buffer. No allocation per line. A line that runs on for kMaxTextLineBytes without an end
@@ -18,13 +26,17 @@ namespace quarvex {
 class LineReader {
 public:
     static constexpr std::size_t kDefaultMaxLineLength = 256;
-    static constexpr std::size_t kDefaultBufferSize = std::size_t{1} << 20;
+    static constexpr std::size_t kDefaultBufferSize = kLineReaderBufferBytes;
 
     /// Opens `path` (see openReadableFile: throws QuarvexError for a device, a pipe or a socket).
     /// `bufferSize` (at least 1) is settable so that tests and fuzzers need no big files.
     explicit LineReader(const std::filesystem::path& path,
                         std::size_t maxLineLength = kDefaultMaxLineLength,
                         std::size_t bufferSize = kDefaultBufferSize);
+
+    /// Reads a file opened by the caller (null: isOpen() is false), such as a pipe that
+    /// openReadableFile took.
+    LineReader(FilePointer file, std::size_t maxLineLength, std::size_t bufferSize);
 
     /// False when the file could not be opened (missing, a folder, no permission).
     bool isOpen() const noexcept { return file_ != nullptr; }

@@ -19,9 +19,15 @@ struct FileCloser {
 };
 using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
 
+/// Whether a reader takes a named pipe (also "<(command)"). Only a reader that reads its file
+/// once, from start to end, can: a second open of a pipe finds it empty.
+enum class PipeReading { Refused, ReadOnce };
+
 /// Opens `path` for binary reading. Null when it is missing, a folder or not readable; throws
-/// QuarvexError when it is a device, a named pipe (also "<(command)") or a socket, which could
-/// be endless or make the reader wait for ever.
-FilePointer openReadableFile(const std::filesystem::path& path);
+/// QuarvexError when it is a device, a socket or (unless `pipes` is ReadOnce) a named pipe, which
+/// could be endless or make the reader wait for ever. A pipe taken is opened without waiting for
+/// a writer: without one it reads as empty; with one, reads wait for its data until it closes.
+FilePointer openReadableFile(const std::filesystem::path& path,
+                             PipeReading pipes = PipeReading::Refused);
 
 } // namespace quarvex

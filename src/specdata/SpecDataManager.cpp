@@ -6,10 +6,11 @@
 #include "common/TextUtils.h"
 #include "specdata/PointOrder.h"
 #include "specdata/SpectrumFileKeys.h"
-#include "specdata/SpectrumFileWriter.h"
 
 #include <cmath>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace quarvex {
 
@@ -39,8 +40,8 @@ struct FileHeader {
     float calOffset = 0.0F;
     float calSlope = 0.0F;
     float calQuad = 0.0F;
-    std::int64_t skippedLines = 0;
-    std::int64_t firstSkippedLine = 0;
+    std::vector<std::string> comments;
+    SkippedLines skipped;
 };
 
 std::string fileText(const std::filesystem::path& path) {
@@ -51,8 +52,9 @@ std::string fileText(const std::filesystem::path& path) {
     throw QuarvexError(fileText(path) + ": " + what, std::string(kDataFileErrorTitle));
 }
 
-LineReader openOrThrow(const std::filesystem::path& path) {
-    LineReader reader(path);
+LineReader openOrThrow(const std::filesystem::path& path, PipeReading pipes = PipeReading::Refused,
+                       std::size_t bufferSize = LineReader::kDefaultBufferSize) {
+    LineReader reader(openReadableFile(path, pipes), LineReader::kDefaultMaxLineLength, bufferSize);
     if (!reader.isOpen()) {
         throw QuarvexError(std::string(kFileReadErrorText), std::string(kFileReadErrorTitle));
     }
@@ -104,7 +106,7 @@ void scanLines(LineReader& reader, const std::filesystem::path& path, FileHeader
         } else if (startsWithKey(line, kTwoThetaKey)) {
             header.twoTheta = true;
         } else if (startsWithKey(line, kCommentStart)) {
-            READ_COM(reader, header.dtype, header.waveInfo);
+            READ_COM(reader, header.dtype, header.waveInfo, header.comments);
         } else {
             onOther(line, reader.lineNumber());
         }
@@ -148,6 +150,14 @@ PointRead readChannel(std::string_view line, float& y) {
                              "(NaN, Inf or out of range)");
 }
 
+// Counts a line that is not data, unless it is blank or a header line of some other key.
+void countSkipped(SkippedLines& skipped, std::string_view line, std::int64_t lineNumber) {
+    if (!trimmed(line).empty() && !startsWithKey(line, kHeaderPrefix)) {
+        skipped.firstLine = skipped.count == 0 ? lineNumber : skipped.firstLine;
+        ++skipped.count;
+    }
+}
+
 // Reads every data line of a file with `readValues` (which fills the caller's variables) and
 // calls `onValues` for each accepted line; a non-finite value ends the read with a message.
 template <class ReadValues, class OnValues>
@@ -163,15 +173,58 @@ FileHeader readDataLines(const std::filesystem::path& path, ReadValues readValue
         case PointRead::NotFinite:
             throwNotFinite(path, lineNumber);
         case PointRead::NotData:
-            if (!trimmed(line).empty() && !startsWithKey(line, kHeaderPrefix)) {
-                header.firstSkippedLine =
-                    header.skippedLines == 0 ? lineNumber : header.firstSkippedLine;
-                ++header.skippedLines;
-            }
+            countSkipped(header.skipped, line, lineNumber);
             break;
         }
     });
     return header;
+}
+
+// A file read both ways in one pass: whether it is calibrated is known only at its end (a
+// CAL_OFFSET line may come last), so each line is taken as an x, y pair and as a channel alike.
+// A non-finite pair ends the pass, as the pair reading always has; a non-finite channel matters
+// only if the file turns out to be calibrated.
+struct BothReadings {
+    FileHeader header; // the lines skipped as pairs
+    std::vector<float> x;
+    std::vector<float> y;
+    std::vector<float> channels;
+    SkippedLines channelsSkipped;
+    std::int64_t firstNonFiniteChannel = 0;
+};
+
+BothReadings readBothWays(const std::filesystem::path& path, std::size_t bufferSize) {
+    LineReader reader = openOrThrow(path, PipeReading::ReadOnce, bufferSize);
+    BothReadings read;
+    scanLines(reader, path, read.header, [&](std::string_view line, std::int64_t lineNumber) {
+        float x = 0.0F;
+        float y = 0.0F;
+        switch (readPoint(line, x, y)) {
+        case PointRead::Point:
+            read.x.push_back(x);
+            read.y.push_back(y);
+            read.channels.push_back(y); // a channel line of two numbers: the value is the second
+            return;
+        case PointRead::NotFinite:
+            throwNotFinite(path, lineNumber);
+        case PointRead::NotData:
+            countSkipped(read.header.skipped, line, lineNumber);
+            break;
+        }
+        switch (readChannel(line, y)) {
+        case PointRead::Point:
+            read.channels.push_back(y);
+            break;
+        case PointRead::NotFinite:
+            read.firstNonFiniteChannel =
+                read.firstNonFiniteChannel == 0 ? lineNumber : read.firstNonFiniteChannel;
+            break;
+        case PointRead::NotData:
+            countSkipped(read.channelsSkipped, line, lineNumber);
+            break;
+        }
+    });
+    return read;
 }
 
 void describe(SpectrumRecord& record, const std::filesystem::path& path, FileHeader& header,
@@ -181,74 +234,28 @@ void describe(SpectrumRecord& record, const std::filesystem::path& path, FileHea
     record.dtype = header.dtype.empty() ? std::string(defaultType) : std::move(header.dtype);
     record.waveInfo = std::move(header.waveInfo);
     record.header = std::move(header.header);
-    record.skippedLines = header.skippedLines;
-    record.firstSkippedLine = header.firstSkippedLine;
+    record.comments = std::move(header.comments);
+    record.skippedLines = header.skipped.count;
+    record.firstSkippedLine = header.skipped.firstLine;
 }
 
-} // namespace
-
-void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo) {
-    std::string_view line;
-    while (reader.next(line)) {
-        if (startsWithKey(line, kCommentEnd)) {
-            return;
-        }
-        if (startsWithKey(line, kDataTypeKey)) {
-            dtype = fitted(trimmed(line.substr(kDataTypeKey.size())), kMineralInfoWidth);
-        } else if (startsWithKey(line, kWaveKey)) {
-            waveInfo = fitted(trimmed(line.substr(kWaveKey.size())), kMineralInfoWidth);
-        }
-    }
-}
-
-SpectrumFileCount GET_NUMBER_DATA_POINTS(const std::filesystem::path& path) {
-    SpectrumFileCount count;
-    float x = 0.0F;
-    float y = 0.0F;
-    const FileHeader header = readDataLines(
-        path, [&](std::string_view line) { return readPoint(line, x, y); },
-        [&] { ++count.dataLines; });
-    count.calibrated = header.calibrated;
-    return count;
-}
-
-SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
-                                       std::int64_t expectedPoints) {
+SpectrumRecord pairRecord(std::vector<float> x, std::vector<float> y,
+                          const std::filesystem::path& path, FileHeader& header) {
     SpectrumRecord record;
-    record.x.reserve(static_cast<std::size_t>(expectedPoints));
-    record.y.reserve(static_cast<std::size_t>(expectedPoints));
-    float x = 0.0F;
-    float y = 0.0F;
-    FileHeader header = readDataLines(
-        path, [&](std::string_view line) { return readPoint(line, x, y); },
-        [&] {
-            record.x.push_back(x);
-            record.y.push_back(y);
-        });
+    record.x = std::move(x);
+    record.y = std::move(y);
     describe(record, path, header, kDefaultDataType);
     orderByAscendingX(record.x, record.y);
     return record;
 }
 
-std::int64_t NUM_ENERGY_DATA_POINTS(const std::filesystem::path& path) {
-    std::int64_t channels = 0;
-    float y = 0.0F;
-    readDataLines(
-        path, [&](std::string_view line) { return readChannel(line, y); }, [&] { ++channels; });
-    return channels;
-}
-
-SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
-                                     std::int64_t expectedPoints) {
-    SpectrumRecord record;
-    record.y.reserve(static_cast<std::size_t>(expectedPoints));
-    float y = 0.0F;
-    FileHeader header = readDataLines(
-        path, [&](std::string_view line) { return readChannel(line, y); },
-        [&] { record.y.push_back(y); });
+SpectrumRecord energyRecord(std::vector<float> channels, const std::filesystem::path& path,
+                            FileHeader& header) {
     if (!header.hasSlope) {
         throwDataError(path, "the file is calibrated (CAL_OFFSET) but has no CAL_SLOPE line");
     }
+    SpectrumRecord record;
+    record.y = std::move(channels);
     describe(record, path, header, header.twoTheta ? kTwoThetaDataType : kEnergyDataType);
     record.x.reserve(record.y.size());
     for (std::size_t i = 0; i < record.y.size(); ++i) {
@@ -263,6 +270,42 @@ SpectrumRecord FILL_IN_ENERGY_ARRAYS(const std::filesystem::path& path,
     return record;
 }
 
+} // namespace
+
+void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo,
+              std::vector<std::string>& comments) {
+    std::string_view line;
+    while (reader.next(line)) {
+        if (startsWithKey(line, kCommentEnd)) {
+            return;
+        }
+        if (startsWithKey(line, kDataTypeKey)) {
+            dtype = fitted(trimmed(line.substr(kDataTypeKey.size())), kMineralInfoWidth);
+        } else if (startsWithKey(line, kWaveKey)) {
+            waveInfo = fitted(trimmed(line.substr(kWaveKey.size())), kMineralInfoWidth);
+        } else {
+            comments.emplace_back(line);
+        }
+    }
+}
+
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
+                                       std::int64_t expectedPoints) {
+    std::vector<float> x;
+    std::vector<float> y;
+    x.reserve(static_cast<std::size_t>(expectedPoints));
+    y.reserve(static_cast<std::size_t>(expectedPoints));
+    float pointX = 0.0F;
+    float pointY = 0.0F;
+    FileHeader header = readDataLines(
+        path, [&](std::string_view line) { return readPoint(line, pointX, pointY); },
+        [&] {
+            x.push_back(pointX);
+            y.push_back(pointY);
+        });
+    return pairRecord(std::move(x), std::move(y), path, header);
+}
+
 std::string describeSkipped(const SkippedLines& skipped) {
     if (skipped.count == 0) {
         return {};
@@ -272,19 +315,26 @@ std::string describeSkipped(const SkippedLines& skipped) {
            "), first at line " + std::to_string(skipped.firstLine);
 }
 
-SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLines* skipped) {
-    const SpectrumFileCount count = GET_NUMBER_DATA_POINTS(path);
-    SpectrumRecord record = count.calibrated
-                                ? FILL_IN_ENERGY_ARRAYS(path, NUM_ENERGY_DATA_POINTS(path))
-                                : FILL_IN_SPECDATA_ARRAYS(path, count.dataLines);
-    const SkippedLines passedOver{record.skippedLines, record.firstSkippedLine, count.calibrated};
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLines* skipped,
+                                    std::size_t bufferSize) {
+    BothReadings read = readBothWays(path, bufferSize);
+    const bool calibrated = read.header.calibrated;
+    if (calibrated && read.firstNonFiniteChannel != 0) {
+        throwNotFinite(path, read.firstNonFiniteChannel);
+    }
+    if (calibrated) {
+        read.header.skipped = read.channelsSkipped;
+    }
+    SpectrumRecord record =
+        calibrated ? energyRecord(std::move(read.channels), path, read.header)
+                   : pairRecord(std::move(read.x), std::move(read.y), path, read.header);
+    const SkippedLines passedOver{record.skippedLines, record.firstSkippedLine, calibrated};
     if (record.x.empty()) {
         const std::string why = describeSkipped(passedOver);
         throw QuarvexError("No data points found in " + fileText(path) +
                                (why.empty() ? std::string() : ": " + why),
                            std::string(kDataFileErrorTitle));
     }
-    record.comments = readCommentLines(path);
     if (skipped != nullptr) {
         *skipped = passedOver;
     }
@@ -292,8 +342,9 @@ SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLi
 }
 
 int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
-                       const std::filesystem::path& path, SkippedLines* skipped) {
-    SpectrumRecord record = READ_SPECDATA_RECORD(path, skipped);
+                       const std::filesystem::path& path, SkippedLines* skipped,
+                       std::size_t bufferSize) {
+    SpectrumRecord record = READ_SPECDATA_RECORD(path, skipped, bufferSize);
     mineralInfo = record.header;
     return appendSpectrum(specdata, std::move(record));
 }

@@ -1,7 +1,6 @@
 #include "specdata/SpectrumFileWriter.h"
 
 #include "common/AtomicFile.h"
-#include "common/LineReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "specdata/SpectrumFileKeys.h"
@@ -37,23 +36,6 @@ void writeCsv(std::ostream& out, const SpectrumRecord& record) {
 }
 
 } // namespace
-
-std::vector<std::string> readCommentLines(const std::filesystem::path& path) {
-    std::vector<std::string> lines;
-    LineReader reader(path);
-    std::string_view line;
-    bool inside = false;
-    while (reader.next(line)) {
-        if (!inside) {
-            inside = startsWithKey(line, kCommentStart);
-        } else if (startsWithKey(line, kCommentEnd)) {
-            inside = false;
-        } else if (!startsWithKey(line, kDataTypeKey) && !startsWithKey(line, kWaveKey)) {
-            lines.emplace_back(line);
-        }
-    }
-    return lines;
-}
 
 void writeSpectrumText(std::ostream& out, const SpectrumRecord& record, SpectrumFileFormat format) {
     if (format == SpectrumFileFormat::Csv) {

@@ -1,5 +1,4 @@
-// Writing a spectrum in the program's own text format (the format the reader reads) and as CSV,
-// and reading back the comment lines the writer keeps.
+// Writing a spectrum in the program's own text format (the format the reader reads) and as CSV.
 #pragma once
 
 #include "specdata/SpecDataGlobals.h"
@@ -9,7 +8,6 @@
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quarvex {
 
@@ -21,10 +19,6 @@ enum class SpectrumFileFormat {
     Program, ///< "##" header keys, a "<COM>" block, then one "x, y" line per point
     Csv,     ///< an "x,y" header row, then one "x,y" line per point
 };
-
-/// The lines of a file's comment blocks other than "dtype:" and "wave:". A file that cannot be
-/// opened has none.
-std::vector<std::string> readCommentLines(const std::filesystem::path& path);
 
 /// Writes `record` as text in `format` (see writeSpectrumFile).
 void writeSpectrumText(std::ostream& out, const SpectrumRecord& record, SpectrumFileFormat format);

@@ -79,7 +79,6 @@ SpectrumRecord readRecord(const UndoEntry& entry, const SPECDATA_GLOBALS& specda
                                std::to_string(entry.points) + ".",
                            std::string(title));
     }
-    record.comments = readCommentLines(entry.file);
     return record;
 }
 

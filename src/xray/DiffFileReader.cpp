@@ -66,8 +66,10 @@ std::string layoutText(int mode) {
 
 class DiffFileParser {
 public:
-    DiffFileParser(const std::filesystem::path& path, std::ostream* tableCopy)
-        : reader_(path), path_(path), tableCopy_(tableCopy) {}
+    DiffFileParser(const std::filesystem::path& path, std::ostream* tableCopy,
+                   std::size_t bufferSize)
+        : reader_(path, LineReader::kDefaultMaxLineLength, bufferSize), path_(path),
+          tableCopy_(tableCopy) {}
 
     DiffFileRecord read();
 
@@ -236,8 +238,9 @@ std::optional<std::string> READ_DIFF_DATA(LineReader& reader, int mode, DiffFile
     return std::nullopt;
 }
 
-DiffFileRecord READ_DIFF_INFO(const std::filesystem::path& path, std::ostream* tableCopy) {
-    return DiffFileParser(path, tableCopy).read();
+DiffFileRecord READ_DIFF_INFO(const std::filesystem::path& path, std::ostream* tableCopy,
+                              std::size_t bufferSize) {
+    return DiffFileParser(path, tableCopy, bufferSize).read();
 }
 
 } // namespace quarvex

@@ -2,6 +2,8 @@
 // mode and the reflection table (READ_DIFF_INFO, READ_DIFF_DATA).
 #pragma once
 
+#include "common/LineReader.h"
+
 #include <array>
 #include <filesystem>
 #include <iosfwd>
@@ -11,8 +13,6 @@
 #include <vector>
 
 namespace quarvex {
-
-class LineReader;
 
 /// Title of the reader's own messages (a binary file).
 inline constexpr std::string_view kDiffFileErrorTitle = "Diffraction Data File";
@@ -49,7 +49,9 @@ struct DiffFileRecord {
 /// copied as read to `tableCopy` when given. Throws QuarvexError ("ERROR WITH INCOMING DATA,
 /// FILE READ" / "SHARING ERROR") when the file cannot be opened and a "Diffraction Data File"
 /// error for a binary file; anything else that is wrong with the content becomes a note.
-DiffFileRecord READ_DIFF_INFO(const std::filesystem::path& path, std::ostream* tableCopy);
+/// `bufferSize` (bytes read at a time) changes no result: tests and fuzzers make it small.
+DiffFileRecord READ_DIFF_INFO(const std::filesystem::path& path, std::ostream* tableCopy,
+                              std::size_t bufferSize = LineReader::kDefaultBufferSize);
 
 /// Reads the table lines that follow the "2-THETA" line into `record` (3 reals then h k l in
 /// modes 0 and 1, 5 reals then h k l in mode 2), until a line does not read as such numbers,

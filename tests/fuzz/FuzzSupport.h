@@ -21,6 +21,10 @@ inline std::string_view asText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
+/// Read buffer of the readers that take one: small, so that inputs cross buffer boundaries and
+/// the sanitizers need not prepare a 1 MiB buffer for every input.
+inline constexpr std::size_t kReadBufferBytes = 64;
+
 /// Line that separates the files of one input.
 inline constexpr std::string_view kPartSeparator = "\n%%FILE%%\n";
 

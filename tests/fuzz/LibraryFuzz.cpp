@@ -29,10 +29,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         x.push_back(shift);
         y.push_back(1000.0F / (1.0F + a * a) + 400.0F / (1.0F + b * b));
     }
-    constexpr std::size_t kSmallBuffer = 64;
     LIBRARY_GLOBALS library;
     try {
-        READ_LIBRARY(folder, x, y, library, {}, kSmallBuffer);
+        READ_LIBRARY(folder, x, y, library, {}, fuzz::kReadBufferBytes);
     } catch (const QuarvexError&) {
         return 0;
     }

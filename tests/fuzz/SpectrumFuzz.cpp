@@ -1,4 +1,5 @@
-// Fuzz target: the spectrum file reader, then the resampling and the peak search on what it read.
+// Fuzz target: the spectrum file reader (through a small buffer), then the resampling and the
+// peak search on what it read.
 #include "FuzzSupport.h"
 
 #include "common/QuarvexError.h"
@@ -18,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     MINERALINFO mineralInfo;
     int index = 0;
     try {
-        index = READ_SPECDATA_FILE(specdata, mineralInfo, path);
+        index = READ_SPECDATA_FILE(specdata, mineralInfo, path, nullptr, fuzz::kReadBufferBytes);
     } catch (const QuarvexError&) {
         return 0;
     }

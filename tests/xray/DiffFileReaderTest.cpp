@@ -22,6 +22,30 @@ struct ReferenceFileCase {
     const char* system;
 };
 
+void expectReadAsTheTestsParserReadsIt(const ReferenceFileCase& c, std::size_t bufferSize) {
+    const auto path = test::sourcePath(std::string("data/xray/reference/") + c.file);
+    const DiffFileRecord record = READ_DIFF_INFO(path, nullptr, bufferSize);
+    const test::ReferenceTable truth = test::readReferenceTable(c.file);
+    EXPECT_EQ(record.mode, c.mode) << c.file;
+    ASSERT_EQ(static_cast<int>(record.reflections.size()), c.count) << c.file;
+    ASSERT_EQ(truth.lines.size(), record.reflections.size()) << c.file;
+    EXPECT_EQ(crystalSystemName(record.sym), c.system) << c.file;
+    EXPECT_TRUE(record.notes.empty()) << c.file << ": " << record.notes.front();
+    EXPECT_EQ(record.referenceSection, c.mode == 1) << c.file;
+    for (int m = 0; m < 6; ++m) {
+        EXPECT_EQ(record.cell[m], static_cast<float>(truth.cell[m])) << c.file << " cell " << m;
+    }
+    EXPECT_EQ(record.wavelengths[0], truth.wavelengths[0]) << c.file;
+    for (std::size_t r = 0; r < truth.lines.size(); ++r) {
+        const DiffReflection& read = record.reflections[r];
+        const test::ReferenceLine& line = truth.lines[r];
+        EXPECT_EQ(read.twoTheta, static_cast<float>(line.twoTheta)) << c.file << " line " << r;
+        EXPECT_EQ(read.intensity, static_cast<float>(line.intensity)) << c.file << " line " << r;
+        EXPECT_EQ(read.dSpacing, static_cast<float>(line.dSpacing)) << c.file << " line " << r;
+        EXPECT_EQ(read.hkl, line.hkl) << c.file << " line " << r;
+    }
+}
+
 TEST(DiffFileReader, EveryReferenceFileReadsWithItsCellModeAndReflections) {
     const ReferenceFileCase cases[] = {
         {"Anatase.out", 1, 18, "TETRAGONAL"},
@@ -45,28 +69,12 @@ TEST(DiffFileReader, EveryReferenceFileReadsWithItsCellModeAndReflections) {
         {"Tenorite.out", 1, 33, "MONOCLINIC2"},
         {"Zincite.out", 1, 13, "HEXAGONAL"},
     };
-    for (const ReferenceFileCase& c : cases) {
-        const auto path = test::sourcePath(std::string("data/xray/reference/") + c.file);
-        const DiffFileRecord record = READ_DIFF_INFO(path, nullptr);
-        const test::ReferenceTable truth = test::readReferenceTable(c.file);
-        EXPECT_EQ(record.mode, c.mode) << c.file;
-        ASSERT_EQ(static_cast<int>(record.reflections.size()), c.count) << c.file;
-        ASSERT_EQ(truth.lines.size(), record.reflections.size()) << c.file;
-        EXPECT_EQ(crystalSystemName(record.sym), c.system) << c.file;
-        EXPECT_TRUE(record.notes.empty()) << c.file << ": " << record.notes.front();
-        EXPECT_EQ(record.referenceSection, c.mode == 1) << c.file;
-        for (int m = 0; m < 6; ++m) {
-            EXPECT_EQ(record.cell[m], static_cast<float>(truth.cell[m])) << c.file << " cell " << m;
-        }
-        EXPECT_EQ(record.wavelengths[0], truth.wavelengths[0]) << c.file;
-        for (std::size_t r = 0; r < truth.lines.size(); ++r) {
-            const DiffReflection& read = record.reflections[r];
-            const test::ReferenceLine& line = truth.lines[r];
-            EXPECT_EQ(read.twoTheta, static_cast<float>(line.twoTheta)) << c.file << " line " << r;
-            EXPECT_EQ(read.intensity, static_cast<float>(line.intensity))
-                << c.file << " line " << r;
-            EXPECT_EQ(read.dSpacing, static_cast<float>(line.dSpacing)) << c.file << " line " << r;
-            EXPECT_EQ(read.hkl, line.hkl) << c.file << " line " << r;
+    // Every buffer size reads the same: small ones put line ends on every buffer boundary.
+    for (const std::size_t bufferSize :
+         {LineReader::kDefaultBufferSize, std::size_t{1}, std::size_t{7}, std::size_t{64}}) {
+        SCOPED_TRACE("buffer of " + std::to_string(bufferSize) + " bytes");
+        for (const ReferenceFileCase& c : cases) {
+            expectReadAsTheTestsParserReadsIt(c, bufferSize);
         }
     }
 }
