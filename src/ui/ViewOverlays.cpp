@@ -70,6 +70,11 @@ void SpectrumView::setReflectionTicks(ReflectionTicks ticks) {
     ORGANIZE_PAINTING();
 }
 
+void SpectrumView::setLineResiduals(LineResiduals residuals) {
+    lineResiduals_ = std::move(residuals);
+    ORGANIZE_PAINTING();
+}
+
 double SpectrumView::peakPositionAt(int spectrum, double pixelX) const {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const double a = xAxis->pixelToCoord(pixelX - kSnapPixels);
@@ -91,10 +96,15 @@ void SpectrumView::drawOverlays() {
     markItems_.clear();
     foundLabels_.clear();
     const bool fitShown = fit_ && isDrawn(fit_->spectrum) && !fit_->x.empty();
-    arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown);
+    const bool lineResidualsShown =
+        isDrawn(lineResiduals_.spectrum) && !lineResiduals_.twoTheta.empty();
+    arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown, lineResidualsShown);
     drawReference();
     if (fitShown) {
         drawFit();
+    }
+    if (lineResidualsShown) {
+        drawLineResiduals();
     }
     drawPeakMarks();
     drawTicks();
@@ -177,6 +187,36 @@ void SpectrumView::drawFit() {
                           true);
     const double half = largest > 0.0 ? largest * 1.15 : 1.0;
     ry->setRange(-half, half);
+}
+
+// Points rather than a curve: the lines are separate measurements, and joining them would
+// suggest a trend between them.
+void SpectrumView::drawLineResiduals() {
+    QCPAxis* x = lineResidualRect_->axis(QCPAxis::atBottom);
+    QCPAxis* y = lineResidualRect_->axis(QCPAxis::atLeft);
+    auto* zero = new QCPItemStraightLine(this);
+    zero->setClipAxisRect(lineResidualRect_);
+    for (QCPItemPosition* end : {zero->point1, zero->point2}) {
+        end->setAxes(x, y);
+    }
+    zero->point1->setCoords(0.0, 0.0);
+    zero->point2->setCoords(1.0, 0.0);
+    zero->setPen(QPen(kBackgroundColour, 1.0, Qt::DashLine));
+    markItems_.push_back(zero);
+
+    const LineResiduals& r = lineResiduals_;
+    QVector<QCPGraphData> points;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < r.twoTheta.size(); ++i) {
+        points.append({r.twoTheta[i], r.obsMinusCalc[i]});
+        largest = std::max(largest, std::abs(r.obsMinusCalc[i]));
+    }
+    QCPGraph* graph = addCurve(*this, x, y, QPen(kResidualColour, 1.2), QString());
+    graph->setLineStyle(QCPGraph::lsImpulse);
+    graph->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, kResidualColour, 5.0));
+    graph->data()->set(points, false);
+    const double half = largest > 0.0 ? largest * 1.25 : 0.01;
+    y->setRange(-half, half);
 }
 
 void SpectrumView::drawPeakMarks() {

@@ -4,6 +4,7 @@
 
 #include "ui/Commands.h"
 #include "ui/ModeContext.h"
+#include "ui/ViewOverlays.h"
 #include "xray/JointRefine.h"
 #include "xray/RefinedCellRecord.h"
 #include "xray/XrayWorkflow.h"
@@ -134,6 +135,9 @@ private:
     /// The refinement's word on each matched peak in the table: observed minus calculated
     /// 2-theta, the joint refinement's diagnostics, the flagged lines marked.
     void showLineFits();
+    /// The same observed minus calculated 2-theta as points under the pattern, while the mode
+    /// is open; none clears them.
+    void showLineResiduals(LineResiduals residuals);
     void showTicks();
     /// The fitted peaks of the phase marked on the pattern while the mode is open.
     void showPeakMarks();

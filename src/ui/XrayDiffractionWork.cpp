@@ -371,6 +371,7 @@ void XrayDiffractionDock::showLineFits() {
     // The refinement arrays are this phase's only after a Refine of this session.
     if (p == nullptr || !refined_ || lastInput_.empty()) {
         peakTable_->showLineFits(std::move(fits));
+        showLineResiduals({});
         return;
     }
     fits.resize(static_cast<std::size_t>(p->peaks.count()));
@@ -398,7 +399,25 @@ void XrayDiffractionDock::showLineFits() {
                       .arg(line.highLeverage ? QStringLiteral(" (above 2p/n)") : QString())
                       .arg(line.rstudent, 0, 'f', 2);
     }
+    LineResiduals residuals;
+    residuals.spectrum = context_.state.xrayPeak.pattern;
+    for (std::size_t peak = 0; peak < fits.size(); ++peak) {
+        if (fits[peak]) {
+            residuals.twoTheta.push_back(p->peaks.twoTheta(static_cast<int>(peak)));
+            residuals.obsMinusCalc.push_back(fits[peak]->obsMinusCalc);
+        }
+    }
     peakTable_->showLineFits(std::move(fits));
+    showLineResiduals(std::move(residuals));
+}
+
+void XrayDiffractionDock::showLineResiduals(LineResiduals residuals) {
+    if (isHidden()) {
+        residuals = {};
+    }
+    if (!residuals.twoTheta.empty() || !context_.view.lineResiduals().twoTheta.empty()) {
+        context_.view.setLineResiduals(std::move(residuals));
+    }
 }
 
 void XrayDiffractionDock::setCrystalSystem(int sym) {

@@ -547,6 +547,55 @@ void XrayDiffractionTest::matchedTableShowsTheFitOfEachLine() {
     QCOMPARE(filled(XrayPeakTable::kHat), 0);
 }
 
+// The plot under the pattern holds one point per refined line, at the peak's 2-theta of the
+// matched table and with the table's obs-calc (printed to 4 decimals); it follows the view's x
+// range and goes when the refinement no longer speaks of the peaks.
+void XrayDiffractionTest::lineResidualsArePlottedUnderThePattern() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    const ui::SpectrumView& view = *fixture.window->view();
+    const XrayPeakTable& table = *dock.peakTable();
+    QVERIFY(view.lineResidualRect() == nullptr);
+
+    button(dock, "Refine")->click();
+    QCPAxisRect* strip = view.lineResidualRect();
+    QVERIFY(strip != nullptr);
+    QCPGraph* points = nullptr;
+    for (QCPGraph* graph : strip->graphs()) {
+        if (graph->scatterStyle().shape() != QCPScatterStyle::ssNone) {
+            points = graph;
+        }
+    }
+    QVERIFY(points != nullptr);
+    QCOMPARE(points->dataCount(), fixture.state.datastff.NREF);
+    int matched = 0;
+    for (int row = 0; row < table.topLevelItemCount(); ++row) {
+        const QTreeWidgetItem& item = *table.topLevelItem(row);
+        if (item.text(XrayPeakTable::kObsMinusCalc).isEmpty()) {
+            continue;
+        }
+        const double twoTheta = item.text(XrayPeakTable::kTwoTheta).toDouble();
+        const double obsMinusCalc = item.text(XrayPeakTable::kObsMinusCalc).toDouble();
+        for (auto point = points->data()->constBegin(); point != points->data()->constEnd();
+             ++point) {
+            // The table prints 2-theta to 3 decimals and obs-calc to 4.
+            if (std::abs(point->key - twoTheta) < 0.0005 + 1e-9 &&
+                std::abs(point->value - obsMinusCalc) < 0.00005 + 1e-12) {
+                ++matched;
+                break;
+            }
+        }
+    }
+    QCOMPARE(matched, fixture.state.datastff.NREF);
+    const QCPRange shown = strip->axis(QCPAxis::atBottom)->range();
+    QCOMPARE(shown.lower, view.xAxis->range().lower);
+    QCOMPARE(shown.upper, view.xAxis->range().upper);
+
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(view.lineResidualRect() == nullptr);
+}
+
 void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {
     WindowFixture fixture;
     prepare(fixture);

@@ -22,6 +22,7 @@ private slots:
     void refineZeroAddsTheJointSection();
     void onlyRealEditsOfARowAreSignalled();
     void matchedTableShowsTheFitOfEachLine();
+    void lineResidualsArePlottedUnderThePattern();
     void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
