@@ -154,17 +154,20 @@ void SpectrumView::drawFit() {
         return points;
     };
 
+    const auto backgroundAt = [&f](std::size_t i) {
+        return f.line.empty() ? f.background : f.background + f.line[i];
+    };
     QCPGraph* background =
         addCurve(*this, xAxis, yAxis, QPen(kBackgroundColour, 1.0, Qt::DotLine), QString());
-    background->data()->set(curve([&](std::size_t) { return drawn(f.background); }), true);
+    background->data()->set(curve([&](std::size_t i) { return drawn(backgroundAt(i)); }), true);
     QColor fill = kComponentColour;
     fill.setAlpha(46);
     for (std::size_t c = 0; c < f.components.size(); ++c) {
         const auto& component = f.components[c];
         QCPGraph* graph = addCurve(*this, xAxis, yAxis, QPen(kComponentColour, 1.2),
                                    c == 0 ? QStringLiteral("Fitted peaks") : QString());
-        graph->data()->set(curve([&](std::size_t i) { return drawn(f.background + component[i]); }),
-                           true);
+        graph->data()->set(
+            curve([&](std::size_t i) { return drawn(backgroundAt(i) + component[i]); }), true);
         graph->setBrush(fill);
         graph->setChannelFillGraph(background);
     }

@@ -37,6 +37,7 @@ struct FitOverlay {
     std::vector<float> fitted;                  ///< the fitted curve (with the background)
     std::vector<std::vector<float>> components; ///< each peak alone, without the background
     float background = 0.0F;
+    std::vector<float> line; ///< a background line under the constant, at x; empty: none
 };
 
 /// Marks on one spectrum: peaks found by the peak search (labelled arrows) and the starting
