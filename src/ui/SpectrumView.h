@@ -3,6 +3,7 @@
 #pragma once
 
 #include "shell/ProgramState.h"
+#include "ui/IntensityTicker.h"
 #include "ui/ViewOverlays.h"
 
 #include <qcustomplot.h>
@@ -144,6 +145,8 @@ private:
     void showSelection();
     int nearestPoint(int spectrum, double x) const;
     int primaryVisibleSpectrum() const;
+    /// The y axis with the intensities of `spectrum` (the view setting), or without numbers.
+    void showIntensityNumbers(int spectrum);
     // Overlays (ViewOverlays.cpp), drawn by ORGANIZE_PAINTING after the spectra.
     void drawOverlays();
     void drawReference();
@@ -168,6 +171,8 @@ private:
     QCPItemRect* selectionBox_ = nullptr;
     QCPItemText* emptyHint_ = nullptr;
     QCPItemText* otherTypeNote_ = nullptr;
+    QSharedPointer<QCPAxisTicker> plainYTicker_;
+    QSharedPointer<IntensityTicker> intensityTicker_;
     int hiddenOfOtherType_ = 0;
     int crosshairSpectrum_ = -1;
     int crosshairPoint_ = -1;
