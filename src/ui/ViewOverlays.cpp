@@ -7,9 +7,7 @@
 #include "ui/ModeContext.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
 
 namespace quarvex::ui {
 
@@ -276,40 +274,44 @@ void SpectrumView::drawPeakMarks() {
     arrangePeakLabels();
 }
 
-// Labels of found peaks that would overlap go up a row (up to kLabelRows), and a label at an
-// edge of the plot is moved inwards instead of being cut. Run before every replot: the pixels
-// between the peaks change with the zoom.
+// A label that would overlap one already placed goes up a row (up to kLabelRows), and a label at
+// an edge of the plot is moved inwards instead of being cut. Each label stands over its own
+// peak, so rows of neighbours of different heights are at different places: the overlaps are
+// tested between the labels' rectangles on screen. Run before every replot: the pixels between
+// the peaks change with the zoom.
 void SpectrumView::arrangePeakLabels() {
     constexpr double kBaseOffset = 22.0; // pixels between a peak's top and its label
-    constexpr double kGap = 4.0;
-    constexpr std::size_t kLabelRows = 4;
-    std::vector<std::pair<double, QCPItemText*>> byPixel;
+    constexpr double kGap = 3.0;
+    constexpr int kLabelRows = 6;
+    std::vector<std::pair<QPointF, QCPItemText*>> byPixel;
     for (QCPItemText* label : foundLabels_) {
-        byPixel.emplace_back(label->position->parentAnchor()->pixelPosition().x(), label);
+        byPixel.emplace_back(label->position->parentAnchor()->pixelPosition(), label);
     }
     std::sort(byPixel.begin(), byPixel.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+              [](const auto& a, const auto& b) { return a.first.x() < b.first.x(); });
     const QRect plot = axisRect()->rect();
-    std::array<double, kLabelRows> rowEnd{};
-    rowEnd.fill(-std::numeric_limits<double>::infinity());
-    for (const auto& [pixel, label] : byPixel) {
+    std::vector<QRectF> placed;
+    for (const auto& [top, label] : byPixel) {
         const QFontMetricsF metrics(label->font());
         const double width = metrics.horizontalAdvance(label->text()) + label->padding().left() +
                              label->padding().right();
-        const double centred = pixel - width / 2.0;
+        const double height = metrics.height();
+        const double centred = top.x() - width / 2.0;
         const double left =
             std::max<double>(plot.left(), std::min<double>(centred, plot.right() - width));
-        auto row = static_cast<std::size_t>(
-            std::find_if(rowEnd.begin(), rowEnd.end(),
-                         [left](double end) { return left >= end + kGap; }) -
-            rowEnd.begin());
-        if (row == kLabelRows) { // every row is full here: the one that ends first
-            row = static_cast<std::size_t>(std::min_element(rowEnd.begin(), rowEnd.end()) -
-                                           rowEnd.begin());
+        const auto rectAt = [&](int row) {
+            const double bottom = top.y() - kBaseOffset - row * height;
+            return QRectF(left - kGap, bottom - height - kGap, width + 2.0 * kGap,
+                          height + 2.0 * kGap);
+        };
+        int row = 0;
+        while (row + 1 < kLabelRows &&
+               std::any_of(placed.begin(), placed.end(),
+                           [&](const QRectF& other) { return other.intersects(rectAt(row)); })) {
+            ++row;
         }
-        rowEnd[row] = left + width;
-        label->position->setCoords(left - centred,
-                                   -(kBaseOffset + static_cast<double>(row) * metrics.height()));
+        placed.push_back(rectAt(row));
+        label->position->setCoords(left - centred, -(kBaseOffset + row * height));
     }
 }
 

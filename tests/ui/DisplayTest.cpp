@@ -282,18 +282,7 @@ void DisplayTest::peakLabelsNeitherCollideNorLeaveThePlot() {
     view.setSelectedRange(ui::XRange{120.0, 1800.0});
     fixture.window->dispatch(ui::kCmdFindPeaks);
     view.ZOOM_OUT();
-    std::vector<QRectF> labels;
-    for (int i = 0; i < view.itemCount(); ++i) {
-        auto* label = qobject_cast<QCPItemText*>(view.item(i));
-        bool number = false;
-        if (label != nullptr && label->visible()) {
-            label->text().toDouble(&number);
-        }
-        if (number) {
-            labels.emplace_back(label->topLeft->pixelPosition(),
-                                label->bottomRight->pixelPosition());
-        }
-    }
+    const std::vector<QRectF> labels = peakLabelRects(view);
     QVERIFY(labels.size() >= 4);
     const QRectF plot = view.axisRect()->rect();
     for (std::size_t i = 0; i < labels.size(); ++i) {

@@ -596,6 +596,23 @@ void XrayDiffractionTest::lineResidualsArePlottedUnderThePattern() {
     QVERIFY(view.lineResidualRect() == nullptr);
 }
 
+// The quartz pattern's tight clusters (near 55 and 68 degrees) hold peaks of different heights:
+// each label stands over its own peak, and none may cover another.
+void XrayDiffractionTest::peakLabelsInTightClustersDoNotOverlap() {
+    WindowFixture fixture;
+    fixture.window->resize(1440, 900);
+    prepare(fixture);
+    ui::SpectrumView& view = *fixture.window->view();
+    const std::vector<QRectF> labels = peakLabelRects(view);
+    QCOMPARE(labels.size(), static_cast<std::size_t>(phaseOf(fixture).peaks.count()));
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            QVERIFY2(!labels[i].intersects(labels[j]),
+                     qPrintable(QStringLiteral("labels %1 and %2").arg(j).arg(i)));
+        }
+    }
+}
+
 void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {
     WindowFixture fixture;
     prepare(fixture);

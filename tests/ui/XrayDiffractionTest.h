@@ -23,6 +23,7 @@ private slots:
     void onlyRealEditsOfARowAreSignalled();
     void matchedTableShowsTheFitOfEachLine();
     void lineResidualsArePlottedUnderThePattern();
+    void peakLabelsInTightClustersDoNotOverlap();
     void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
