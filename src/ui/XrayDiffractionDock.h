@@ -138,6 +138,8 @@ private:
     /// The same observed minus calculated 2-theta as points under the pattern, while the mode
     /// is open; none clears them.
     void showLineResiduals(LineResiduals residuals);
+    /// Widens the dock when the matched table's columns do not fit.
+    void widenForTable();
     void showTicks();
     /// The fitted peaks of the phase marked on the pattern while the mode is open.
     void showPeakMarks();

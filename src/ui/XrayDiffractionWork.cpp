@@ -18,6 +18,7 @@
 
 #include <QCheckBox>
 #include <QFileInfo>
+#include <QMainWindow>
 #include <QSignalBlocker>
 #include <QTabWidget>
 
@@ -409,6 +410,22 @@ void XrayDiffractionDock::showLineFits() {
     }
     peakTable_->showLineFits(std::move(fits));
     showLineResiduals(std::move(residuals));
+    widenForTable();
+}
+
+// The refinement's columns are what the user refined for: the dock widens to show them all
+// rather than hiding them behind a scroll bar.
+void XrayDiffractionDock::widenForTable() {
+    const int deficit = peakTable_->widthForAllColumns() - peakTable_->width();
+    if (isHidden() || deficit <= 0) {
+        return;
+    }
+    auto* window = qobject_cast<QMainWindow*>(parentWidget());
+    if (window != nullptr && !isFloating()) {
+        window->resizeDocks({this}, {width() + deficit}, Qt::Horizontal);
+    } else {
+        resize(width() + deficit, height());
+    }
 }
 
 void XrayDiffractionDock::showLineResiduals(LineResiduals residuals) {

@@ -12,7 +12,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -611,6 +613,27 @@ void XrayDiffractionTest::peakLabelsInTightClustersDoNotOverlap() {
                      qPrintable(QStringLiteral("labels %1 and %2").arg(j).arg(i)));
         }
     }
+}
+
+// Before a refinement its empty columns are out of the way; after the joint refinement every
+// column of the matched table shows at once, without scrolling sideways.
+void XrayDiffractionTest::matchedTableShowsEveryColumnWithoutScrolling() {
+    WindowFixture fixture;
+    fixture.window->resize(1440, 900);
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    XrayPeakTable& table = *dock.peakTable();
+    QVERIFY(table.isColumnHidden(XrayPeakTable::kDffits));
+    button(dock, "Refine zero")->click();
+    button(dock, "Refine")->click();
+    QApplication::processEvents();
+    for (int column = 0; column < XrayPeakTable::kColumns; ++column) {
+        QVERIFY2(!table.isColumnHidden(column), qPrintable(QString::number(column)));
+    }
+    QCOMPARE(table.horizontalScrollBar()->maximum(), 0);
+    const int dffitsEnd = table.header()->sectionViewportPosition(XrayPeakTable::kDffits) +
+                          table.header()->sectionSize(XrayPeakTable::kDffits);
+    QVERIFY(dffitsEnd <= table.viewport()->width());
 }
 
 void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {

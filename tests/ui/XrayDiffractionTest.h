@@ -24,6 +24,7 @@ private slots:
     void matchedTableShowsTheFitOfEachLine();
     void lineResidualsArePlottedUnderThePattern();
     void peakLabelsInTightClustersDoNotOverlap();
+    void matchedTableShowsEveryColumnWithoutScrolling();
     void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
