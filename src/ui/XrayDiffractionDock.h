@@ -151,6 +151,9 @@ private:
     void afterListChange(const std::string& indexedBefore);
     void indexFromFirstActive();
     void applyWavelengths(const WavelengthChoice& choice);
+    /// The wavelengths of the phase's peaks: the pattern's, K-alpha1 alone when the peaks were
+    /// found on the pattern with K-alpha2 stripped.
+    WavelengthChoice phaseWavelengths() const;
     void rematch();
     void clearPattern();
     void createSpectrumFromDif();
@@ -173,6 +176,7 @@ private:
     QPushButton* findButton_ = nullptr;
     QCheckBox* stripKAlpha2_ = nullptr; ///< strip K-alpha2 before the peak search
     bool stripPreviewShown_ = false;    ///< the view's fit overlay is the stripped pattern
+    bool peaksStripped_ = false;        ///< the peaks were found with K-alpha2 stripped
     bool peakMarksShown_ = false;       ///< the view's peak marks are the fitted peaks
     QLabel* peakSummary_ = nullptr;
     QTabWidget* tabs_ = nullptr;

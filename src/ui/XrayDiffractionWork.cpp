@@ -128,7 +128,15 @@ void XrayDiffractionDock::indexFromFirstActive() {
     next.USEIINTS = current->USEIINTS;
     *current = std::move(next);
     refined_.reset();
-    applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+    applyWavelengths(phaseWavelengths());
+}
+
+WavelengthChoice XrayDiffractionDock::phaseWavelengths() const {
+    WavelengthChoice choice = wavelengthChoice(context_.state.xrayPeak.pattern);
+    if (peaksStripped_) {
+        choice.wavelengths.resize(1); // the K-alpha2 peaks were stripped before the search
+    }
+    return choice;
 }
 
 void XrayDiffractionDock::applyWavelengths(const WavelengthChoice& choice) {
@@ -161,6 +169,7 @@ void XrayDiffractionDock::rematch() {
 
 void XrayDiffractionDock::clearPattern() {
     context_.state.xrayPeak = {};
+    peaksStripped_ = false;
     refined_.reset();
     patternPath_.clear();
     matchNote_.clear();
@@ -217,6 +226,7 @@ void XrayDiffractionDock::findPeaks() {
     x.phases = {std::move(next)};
     x.pattern = k;
     patternPath_ = s.PATH[at(k)];
+    peaksStripped_ = !stripped.empty();
     refined_.reset();
     applyWavelengths(choice);
     tabs_->setCurrentIndex(0);
@@ -447,7 +457,7 @@ void XrayDiffractionDock::setCrystalSystem(int sym) {
 void XrayDiffractionDock::setWavelength(double wavelength) {
     typedWavelength_ = wavelength;
     if (phase() != nullptr) {
-        applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+        applyWavelengths(phaseWavelengths());
     }
     refreshPattern();
     refreshPhase();

@@ -12,6 +12,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDoubleSpinBox>
 #include <QHeaderView>
 #include <QMenu>
 #include <QScrollBar>
@@ -22,6 +23,8 @@
 
 #include <cmath>
 #include <fstream>
+#include <numbers>
+#include <sstream>
 #include <tuple>
 
 namespace quarvex::test {
@@ -634,6 +637,65 @@ void XrayDiffractionTest::matchedTableShowsEveryColumnWithoutScrolling() {
     const int dffitsEnd = table.header()->sectionViewportPosition(XrayPeakTable::kDffits) +
                           table.header()->sectionSize(XrayPeakTable::kDffits);
     QVERIFY(dffitsEnd <= table.viewport()->width());
+}
+
+// Peaks found with K-alpha2 stripped stay matched with K-alpha1 alone when the user then types
+// the wavelength (within the reference's K-alpha1, whose K-alpha2 would otherwise come back).
+void XrayDiffractionTest::typedWavelengthKeepsKAlpha2Stripped() {
+    WindowFixture fixture;
+    // Quartz.out with both lines of copper: each reflection also at K-alpha2 (Bragg's law from
+    // its d), at half the intensity.
+    constexpr double kAlpha2 = 1.544390;
+    std::ifstream in(reference("Quartz.out").toStdString());
+    std::string two;
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream fields(line);
+        double twoTheta = 0.0;
+        double intensity = 0.0;
+        double d = 0.0;
+        int h = 0;
+        int k = 0;
+        int l = 0;
+        if (line.starts_with("X-RAY WAVELENGTH:")) {
+            line = "X-RAY WAVELENGTHS: 1.540562 " + std::to_string(kAlpha2);
+        } else if (fields >> twoTheta >> intensity >> d >> h >> k >> l) {
+            const double twoTheta2 =
+                2.0 * std::asin(kAlpha2 / (2.0 * d)) * 180.0 / std::numbers::pi;
+            line = QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8")
+                       .arg(twoTheta, 0, 'f', 2)
+                       .arg(intensity, 0, 'f', 2)
+                       .arg(d, 0, 'f', 4)
+                       .arg(twoTheta2, 0, 'f', 2)
+                       .arg(intensity / 2.0, 0, 'f', 2)
+                       .arg(h)
+                       .arg(k)
+                       .arg(l)
+                       .toStdString();
+        }
+        two += line + "\n";
+    }
+    const auto quartz = fixture.home.write("QuartzTwoLines.out", two);
+    fixture.window->openFiles({patternCopy(fixture)});
+    fixture.window->dispatch(ui::kCmdXrayMode);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    dock.openReferences({QString::fromStdString(quartz.string())});
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{2});
+    button(dock, "Strip Kα2")->click();
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{1});
+
+    auto* wavelength = dock.findChild<QDoubleSpinBox*>();
+    QVERIFY(wavelength != nullptr);
+    wavelength->setFocus();
+    wavelength->selectAll();
+    QTest::keyClicks(wavelength, QStringLiteral("1.5406"));
+    QTest::keyClick(wavelength, Qt::Key_Return);
+    QVERIFY(std::abs(fixture.state.xrayPeak.wavelengths.front() - 1.5406) < 1e-9);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{1});
+    for (const PeakAssignment& a : phaseOf(fixture).assignments) {
+        QCOMPARE(a.wave, 1);
+    }
 }
 
 void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {

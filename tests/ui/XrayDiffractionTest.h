@@ -25,6 +25,7 @@ private slots:
     void lineResidualsArePlottedUnderThePattern();
     void peakLabelsInTightClustersDoNotOverlap();
     void matchedTableShowsEveryColumnWithoutScrolling();
+    void typedWavelengthKeepsKAlpha2Stripped();
     void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
