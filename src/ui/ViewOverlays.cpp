@@ -290,7 +290,14 @@ void SpectrumView::arrangePeakLabels() {
     std::sort(byPixel.begin(), byPixel.end(),
               [](const auto& a, const auto& b) { return a.first.x() < b.first.x(); });
     const QRect plot = axisRect()->rect();
-    std::vector<QRectF> placed;
+    struct PlacedLabel {
+        QRectF label;
+        QRectF arrow; ///< from the label down to its peak
+    };
+    std::vector<PlacedLabel> placed;
+    const auto arrowUnder = [](const QRectF& rect, const QPointF& top) {
+        return QRectF(top.x() - 1.0, rect.bottom(), 2.0, std::max(0.0, top.y() - rect.bottom()));
+    };
     for (const auto& [top, label] : byPixel) {
         const QFontMetricsF metrics(label->font());
         const double width = metrics.horizontalAdvance(label->text()) + label->padding().left() +
@@ -304,13 +311,26 @@ void SpectrumView::arrangePeakLabels() {
             return QRectF(left - kGap, bottom - height - kGap, width + 2.0 * kGap,
                           height + 2.0 * kGap);
         };
+        // Clear of labels and arrows if a row allows, else clear of labels at least.
+        const auto blocked = [&](int row, bool arrows) {
+            const QRectF rect = rectAt(row);
+            const QRectF arrow = arrowUnder(rect, top);
+            return std::any_of(placed.begin(), placed.end(), [&](const PlacedLabel& other) {
+                return other.label.intersects(rect) ||
+                       (arrows && (other.arrow.intersects(rect) || other.label.intersects(arrow)));
+            });
+        };
         int row = 0;
-        while (row + 1 < kLabelRows &&
-               std::any_of(placed.begin(), placed.end(),
-                           [&](const QRectF& other) { return other.intersects(rectAt(row)); })) {
+        while (row < kLabelRows && blocked(row, true)) {
             ++row;
         }
-        placed.push_back(rectAt(row));
+        if (row == kLabelRows) {
+            row = 0;
+            while (row + 1 < kLabelRows && blocked(row, false)) {
+                ++row;
+            }
+        }
+        placed.push_back({rectAt(row), arrowUnder(rectAt(row), top)});
         label->position->setCoords(left - centred, -(kBaseOffset + row * height));
     }
 }
