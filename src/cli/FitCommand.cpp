@@ -4,9 +4,13 @@
 #include "cli/PeakCliSupport.h"
 #include "cli/SpectrumLoading.h"
 #include "common/QuarvexError.h"
+#include "processing/FitQuality.h"
+#include "processing/LinearBackground.h"
+#include "processing/PeakStart.h"
 
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace quarvex::cli {
 
@@ -19,9 +23,18 @@ struct FitOptions {
     std::vector<float> peaks;
     int profile = 0; // 0: from the preferences
     bool json = false;
+    bool linearBackground = false;
 };
 
-Json fitJson(const PeakFitResult& fit) {
+// A fit with the background line taken off before it (if any) and its quality.
+struct FitRun {
+    PeakFitResult fit;
+    std::optional<StraightLine> line;
+    FitQuality quality;
+};
+
+Json fitJson(const FitRun& run) {
+    const PeakFitResult& fit = run.fit;
     Json peaks = Json::array();
     for (const FittedPeak& p : fit.peaks) {
         peaks.push_back(Json{{"centre", jsonNumber(p.centre)},
@@ -35,18 +48,26 @@ Json fitJson(const PeakFitResult& fit) {
                              {"mix", jsonNumber(p.mix)},
                              {"mix_error", jsonNumber(p.mixError)}});
     }
-    return Json{{"peaks", peaks},
-                {"background", jsonNumber(fit.background)},
-                {"chisq", jsonNumber(fit.chisq)},
-                {"iterations", fit.iterations},
-                {"converged", fit.converged}};
+    Json json{{"peaks", peaks},
+              {"background", jsonNumber(fit.background)},
+              {"chisq", jsonNumber(fit.chisq)},
+              {"reduced_chisq", run.quality.reducedChisq},
+              {"r_squared", run.quality.rSquared},
+              {"iterations", fit.iterations},
+              {"converged", fit.converged}};
+    if (run.line) {
+        json["background_line"] =
+            Json{{"slope", run.line->slope}, {"intercept", run.line->intercept}};
+    }
+    return json;
 }
 
 std::string withError(float value, float error) {
     return formatValue(value) + " ± " + formatValue(error);
 }
 
-void printFit(const PeakFitResult& fit, const XRange& range) {
+void printFit(const FitRun& run, const XRange& range) {
+    const PeakFitResult& fit = run.fit;
     std::cout << "Window " << formatValue(range.low) << " to " << formatValue(range.high) << ", "
               << fit.points << " points, "
               << (fit.profile == PeakProfile::gaussian ? "Gaussian" : "pseudo-Voigt")
@@ -60,8 +81,17 @@ void printFit(const PeakFitResult& fit, const XRange& range) {
                   << "  area        " << withError(p.area, p.areaError) << '\n'
                   << "  mix         " << withError(p.mix, p.mixError) << '\n';
     }
+    if (run.line) {
+        std::cout << "Background line, slope      "
+                  << formatValue(static_cast<float>(run.line->slope)) << '\n'
+                  << "Background line, intercept  "
+                  << formatValue(static_cast<float>(run.line->intercept)) << '\n';
+    }
     std::cout << "Background    " << withError(fit.background, fit.backgroundError) << '\n'
               << "Chi-square    " << formatValue(fit.chisq) << '\n'
+              << "Reduced chi-square  " << formatValue(static_cast<float>(run.quality.reducedChisq))
+              << '\n'
+              << "R-squared     " << formatValue(static_cast<float>(run.quality.rSquared)) << '\n'
               << "Iterations    " << fit.iterations << '\n';
 }
 
@@ -73,14 +103,26 @@ int runFit(const FitOptions& options, ProgramState& state) {
     settings.profile = static_cast<PeakProfile>(options.profile != 0 ? options.profile
                                                                      : preferences.profileSetting);
     settings.search = searchSettings(preferences);
-    const PeakFitResult fit =
-        fitPeaks(spectrum.x, spectrum.y, range.low, range.high, options.peaks, settings);
-    if (options.json) {
-        std::cout << fitJson(fit).dump(2) << '\n';
-    } else if (fit.converged) {
-        printFit(fit, range);
+    FitRun run;
+    if (options.linearBackground) {
+        LineBackgroundFit levelled = fitPeaksOverLine(spectrum.x, spectrum.y, range.low, range.high,
+                                                      options.peaks, settings);
+        run.fit = std::move(levelled.fit);
+        run.line = levelled.line;
+    } else {
+        run.fit = fitPeaks(spectrum.x, spectrum.y, range.low, range.high, options.peaks, settings);
     }
-    if (!fit.converged) {
+    const FitWindow window =
+        FILL_DAT(spectrum.x, spectrum.y, GET_WINDOW_NDAT(spectrum.x, range.low, range.high));
+    // The line's slope and intercept were fitted to the data too.
+    run.quality =
+        fitQuality(window.y, run.fit.fitted, run.fit.parameters.size() + (run.line ? 2 : 0));
+    if (options.json) {
+        std::cout << fitJson(run).dump(2) << '\n';
+    } else if (run.fit.converged) {
+        printFit(run, range);
+    }
+    if (!run.fit.converged) {
         printError(QuarvexError(std::string(kDidNotConvergeText), std::string(kPeakFitErrorTitle)));
         return 1;
     }
@@ -102,6 +144,9 @@ CliCommand addFitCommand(CLI::App& app) {
     fit->add_option("--profile", options->profile,
                     "1: Gaussian, 2: pseudo-Voigt (default: the preference)")
         ->check(CLI::IsMember({1, 2}));
+    fit->add_flag("--linear-background", options->linearBackground,
+                  "Take the straight line through the window's end regions (a tenth of its "
+                  "points at each end) off before the fit, and report it");
     fit->add_flag("--json", options->json, "Print JSON instead of text");
     return {fit, [options](ProgramState& state) { return runFit(*options, state); }};
 }

@@ -3,6 +3,7 @@
 
 #include "shell/HomeFolder.h"
 #include "shell/Preferences.h"
+#include "shell/ViewSettings.h"
 
 #include <filesystem>
 
@@ -13,6 +14,7 @@ struct QUARVEXGLOBALS {
     std::filesystem::path programFolder; ///< the home folder: working folders, QV.ini, library
     HomeSource homeSource = HomeSource::Option; ///< how the home folder was chosen
     Preferences preferences;
+    ViewSettings view; ///< the view's settings beyond QV.ini (read at start, written on change)
 };
 
 /// View regions of the main window (filled by the desktop program).

@@ -12,6 +12,7 @@ void startUp(ProgramState& state, const std::filesystem::path& home) {
     SET_UP_FOLDERS(home);
     SET_UP_REF_FILE(1, home);
     INI_PREF_SETUP(2, home, state.quarvex.preferences);
+    state.quarvex.view = readViewSettings(home);
     SET_UP_RAND_BRUSHES(state.painting);
 }
 

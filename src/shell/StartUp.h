@@ -8,7 +8,8 @@
 namespace quarvex {
 
 /// Start-up of the core for a home folder: SET_UP_FOLDERS, SET_UP_REF_FILE(1), INI_PREF_SETUP(2),
-/// SET_UP_RAND_BRUSHES. The home folder itself is created when missing.
+/// the view settings (readViewSettings), SET_UP_RAND_BRUSHES. The home folder itself is created
+/// when missing.
 void startUp(ProgramState& state, const std::filesystem::path& home);
 
 /// Shut-down: INI_PREF_SETUP(1), then FREE_SPECDATA_POINTERS.

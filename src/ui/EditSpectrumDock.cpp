@@ -13,6 +13,7 @@
 #include "ui/SpectrumView.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -30,6 +31,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace quarvex::ui {
 
@@ -91,13 +93,18 @@ EditSpectrumDock::EditSpectrumDock(ModeContext context, QWidget* parent)
     placeButton_->setToolTip(
         QStringLiteral("On: each click on the view places a starting peak for the fit"));
     auto* clearPeaks = new QPushButton(QStringLiteral("Clear Peaks"), peaksBox);
+    linearBackground_ = new QCheckBox(QStringLiteral("Linear background"), peaksBox);
+    linearBackground_->setToolTip(
+        QStringLiteral("Take the straight line through the window's end regions (a tenth of "
+                       "its points at each end) off before the fit, for peaks on a slope"));
     peaksLayout->addWidget(new QLabel(QStringLiteral("Profile:"), peaksBox), 0, 0);
     peaksLayout->addWidget(profile_, 0, 1, 1, 2);
-    peaksLayout->addWidget(findButton, 1, 0);
-    peaksLayout->addWidget(placeButton_, 1, 1);
-    peaksLayout->addWidget(clearPeaks, 1, 2);
+    peaksLayout->addWidget(linearBackground_, 1, 0, 1, 3);
+    peaksLayout->addWidget(findButton, 2, 0);
+    peaksLayout->addWidget(placeButton_, 2, 1);
+    peaksLayout->addWidget(clearPeaks, 2, 2);
     peakNote_ = noteLabel(peaksBox);
-    peaksLayout->addWidget(peakNote_, 2, 0, 1, 3);
+    peaksLayout->addWidget(peakNote_, 3, 0, 1, 3);
     layout->addWidget(peaksBox);
 
     auto* actions = new QHBoxLayout();
@@ -271,14 +278,29 @@ void EditSpectrumDock::fit() {
     if (k < 0 || !range) {
         return;
     }
+    const auto low = static_cast<float>(range->start);
+    const auto high = static_cast<float>(range->end);
+    const bool overLine = linearBackground_->isChecked();
     PeakFitResult result;
+    std::optional<StraightLine> line;
     runWithProgress(this, QStringLiteral("Fitting Peaks..."), [&](const ProgressCallback&) {
-        result = ORGANIZE_PEAKFITTING(s.xValues(k), s.yValues(k), static_cast<float>(range->start),
-                                      static_cast<float>(range->end), placed_, fitSettings());
+        if (overLine) {
+            LineBackgroundFit levelled =
+                fitPeaksOverLine(s.xValues(k), s.yValues(k), low, high, placed_, fitSettings());
+            result = std::move(levelled.fit);
+            line = levelled.line;
+        } else {
+            result =
+                ORGANIZE_PEAKFITTING(s.xValues(k), s.yValues(k), low, high, placed_, fitSettings());
+        }
     });
+    if (!result.converged) {
+        throw QuarvexError(std::string(kDidNotConvergeText), std::string(kPeakFitErrorTitle));
+    }
     spectrum_ = k;
     spectrumPath_ = s.PATH[at(k)];
     fit_ = std::move(result);
+    line_ = line;
     fitWindow_ = *range;
     tabs_->setCurrentIndex(0);
     context_.view.zoomTo(fitWindow_);
@@ -310,41 +332,80 @@ void EditSpectrumDock::showFit() {
         }
     }
     fitColumns(fitTable_);
-    fitSummary_->setText(QStringLiteral("%1 profile over %2 to %3 (%4 points). Background %5; "
-                                        "chi-square %6; %7 iterations%8.")
+    const FitQuality quality = lastQuality();
+    const QString background =
+        line_ ? QStringLiteral("Background line y = %1·x %2 %3, plus %4")
+                    .arg(line_->slope, 0, 'g', 5)
+                    .arg(line_->intercept < 0.0 ? QStringLiteral("−") : QStringLiteral("+"))
+                    .arg(std::abs(line_->intercept), 0, 'g', 6)
+                    .arg(valueWithError(f.background, f.backgroundError))
+              : QStringLiteral("Background ") + valueWithError(f.background, f.backgroundError);
+    fitSummary_->setText(QStringLiteral("%1 profile over %2 to %3 (%4 points). %5; chi-square "
+                                        "%6, reduced chi-square %7, R² %8; %9 iterations%10.")
                              .arg(profileName(f.profile))
                              .arg(fitWindow_.start, 0, 'f', 1)
                              .arg(fitWindow_.end, 0, 'f', 1)
                              .arg(f.points)
-                             .arg(valueWithError(f.background, f.backgroundError))
+                             .arg(background)
                              .arg(static_cast<double>(f.chisq), 0, 'g', 5)
+                             .arg(quality.reducedChisq, 0, 'g', 5)
+                             .arg(quality.rSquared, 0, 'f', 5)
                              .arg(f.iterations)
                              .arg(f.retried ? QStringLiteral(" (restarted once)") : QString()));
 
-    // The measured values at the window's abscissae, for the residual.
-    const SPECDATA_GLOBALS& s = context_.state.specdata;
-    const auto x = s.xValues(spectrum_);
-    const auto y = s.yValues(spectrum_);
-    const PointRun run = pointsWithin(x, f.x.front(), f.x.back());
     FitOverlay overlay{
         spectrum_,
         QStringLiteral("Fit: %1 %2")
             .arg(f.peaks.size())
             .arg(f.peaks.size() == 1 ? QStringLiteral("peak") : QStringLiteral("peaks")),
         f.x,
-        {y.begin() + static_cast<std::ptrdiff_t>(run.first),
-         y.begin() + static_cast<std::ptrdiff_t>(run.first + run.count)},
+        measuredValues(),
         f.fitted,
         f.components,
-        f.background};
-    if (overlay.measured.size() != overlay.x.size()) {
+        f.background,
+        {}};
+    if (overlay.measured.empty()) {
         overlay.measured = overlay.fitted; // no residual rather than a misaligned one
+    }
+    if (line_) {
+        for (const float x : f.x) {
+            overlay.line.push_back(static_cast<float>(line_->at(x)));
+        }
     }
     context_.view.setFitOverlay(std::move(overlay));
 }
 
+std::vector<float> EditSpectrumDock::measuredValues() const {
+    const PeakFitResult& f = *fit_;
+    const SPECDATA_GLOBALS& s = context_.state.specdata;
+    const auto x = s.xValues(spectrum_);
+    const auto y = s.yValues(spectrum_);
+    const PointRun run = pointsWithin(x, f.x.front(), f.x.back());
+    if (run.count != f.x.size()) {
+        return {};
+    }
+    return {y.begin() + static_cast<std::ptrdiff_t>(run.first),
+            y.begin() + static_cast<std::ptrdiff_t>(run.first + run.count)};
+}
+
+FitQuality EditSpectrumDock::lastQuality() const {
+    if (!fit_ || spectrum_ < 0) {
+        return {};
+    }
+    const std::vector<float> measured = measuredValues();
+    // The line's slope and intercept were fitted to the data too.
+    return measured.empty()
+               ? FitQuality{}
+               : fitQuality(measured, fit_->fitted, fit_->parameters.size() + (line_ ? 2 : 0));
+}
+
+void EditSpectrumDock::setLinearBackground(bool on) {
+    linearBackground_->setChecked(on);
+}
+
 void EditSpectrumDock::clearFit() {
     fit_.reset();
+    line_.reset();
     enableFitExports(false);
     showFit();
 }
@@ -394,7 +455,8 @@ QString EditSpectrumDock::tableText() const {
     if (!fit_ || spectrum_ < 0) {
         return {};
     }
-    return fitTableText(*fit_, QString::fromStdString(context_.state.specdata.NAME[at(spectrum_)]),
+    return fitTableText({*fit_, line_, lastQuality()},
+                        QString::fromStdString(context_.state.specdata.NAME[at(spectrum_)]),
                         fitWindow_);
 }
 

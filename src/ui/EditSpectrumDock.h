@@ -2,6 +2,8 @@
 // a selected window fitted, drawn on the view and tabulated with their standard errors.
 #pragma once
 
+#include "processing/FitQuality.h"
+#include "processing/LinearBackground.h"
 #include "processing/PeakFitting.h"
 #include "ui/ModeContext.h"
 #include "ui/ViewOverlays.h"
@@ -11,6 +13,7 @@
 #include <optional>
 #include <vector>
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -41,10 +44,14 @@ public:
     /// Finds the peaks of the active spectrum in the window, lists and marks them.
     void findPeaks();
 
-    /// Fits the window (ORGANIZE_PEAKFITTING with the profile chosen here) and shows the result.
-    /// Throws QuarvexError: bad input, or "Did not converge. Resize window and try again."
-    /// (title "Error"); the previous fit stays.
+    /// Fits the window (ORGANIZE_PEAKFITTING with the profile chosen here; with "Linear
+    /// background" ticked, over the line through the window's end regions) and shows the result
+    /// with its reduced chi-square and R². Throws QuarvexError: bad input, or "Did not converge.
+    /// Resize window and try again." (title "Error"); the previous fit stays.
     void fit();
+
+    /// Ticks or clears "Linear background" (for the next fit).
+    void setLinearBackground(bool on);
 
     /// Puts the fit table on the clipboard as tab-separated text.
     void copyTable();
@@ -53,6 +60,10 @@ public:
 
     /// The last fit, if any, and its table as copied.
     const std::optional<PeakFitResult>& lastFit() const { return fit_; }
+    /// The background line taken off before the last fit; none for the constant background.
+    const std::optional<StraightLine>& lastLine() const { return line_; }
+    /// How well the last fit describes the spectrum's values in its window.
+    FitQuality lastQuality() const;
     QString tableText() const;
 
     /// Starting peaks placed by the user (x units, ascending).
@@ -80,6 +91,8 @@ private:
     std::optional<XRange> defaultWindow(QString& note) const;
     PeakFitSettings fitSettings() const;
     void showFit();
+    /// The spectrum's values at the fit's abscissae; empty when they no longer line up.
+    std::vector<float> measuredValues() const;
     void clearFit();
     void showMarks();
     void updatePeakNote();
@@ -88,6 +101,7 @@ private:
     QLabel* spectrumLabel_ = nullptr;
     RangeEditor* window_ = nullptr;
     QComboBox* profile_ = nullptr;
+    QCheckBox* linearBackground_ = nullptr;
     QPushButton* placeButton_ = nullptr;
     QLabel* peakNote_ = nullptr;
     QTabWidget* tabs_ = nullptr;
@@ -99,6 +113,7 @@ private:
     QPushButton* copyButton_ = nullptr;
     QPushButton* csvButton_ = nullptr;
     std::optional<PeakFitResult> fit_;
+    std::optional<StraightLine> line_;
     XRange fitWindow_;
     std::vector<float> found_;
     std::vector<float> placed_;

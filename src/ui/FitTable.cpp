@@ -15,6 +15,10 @@ QString full(float value) {
                                 : QStringLiteral("n/a");
 }
 
+QString full(double value) {
+    return std::isfinite(value) ? QString::number(value, 'g', 10) : QStringLiteral("n/a");
+}
+
 } // namespace
 
 QString valueWithError(double value, double error) {
@@ -39,7 +43,8 @@ QString profileName(PeakProfile profile) {
                                             : QStringLiteral("pseudo-Voigt");
 }
 
-QString fitTableText(const PeakFitResult& fit, const QString& spectrum, const XRange& window) {
+QString fitTableText(const FitShown& shown, const QString& spectrum, const XRange& window) {
+    const PeakFitResult& fit = shown.fit;
     QStringList lines;
     lines.append(QStringLiteral("Spectrum\t") + spectrum);
     lines.append(QStringLiteral("Window\t%1\t%2").arg(window.start).arg(window.end));
@@ -57,7 +62,13 @@ QString fitTableText(const PeakFitResult& fit, const QString& spectrum, const XR
     }
     lines.append(
         QStringLiteral("Background\t%1\t%2").arg(full(fit.background), full(fit.backgroundError)));
+    if (shown.line) {
+        lines.append(QStringLiteral("Background slope\t") + full(shown.line->slope));
+        lines.append(QStringLiteral("Background intercept\t") + full(shown.line->intercept));
+    }
     lines.append(QStringLiteral("Chi-square\t") + full(fit.chisq));
+    lines.append(QStringLiteral("Reduced chi-square\t") + full(shown.quality.reducedChisq));
+    lines.append(QStringLiteral("R-squared\t") + full(shown.quality.rSquared));
     lines.append(QStringLiteral("Iterations\t%1").arg(fit.iterations));
     lines.append(QStringLiteral("Points\t%1").arg(fit.points));
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');

@@ -384,11 +384,22 @@ bool MainWndProc::runCentred(QDialog& dialog) {
 }
 
 void MainWndProc::editPreferences() {
-    PreferencesDialog dialog(state_.quarvex.preferences, this);
+    PreferencesDialog dialog(state_.quarvex.preferences, state_.quarvex.view, this);
     if (!runCentred(dialog)) {
         return;
     }
     state_.quarvex.preferences = dialog.values();
+    const ViewSettings view = dialog.viewSettings();
+    if (view.intensityNumbers != state_.quarvex.view.intensityNumbers) {
+        state_.quarvex.view = view;
+        // QV.ini is written at exit; this file at once, as it has no place there.
+        if (!writeViewSettings(state_.quarvex.programFolder, view)) {
+            showError(QuarvexError("The view settings could not be written to " +
+                                       std::string(kViewSettingsFileName) + " in " +
+                                       state_.quarvex.programFolder.string() + ".",
+                                   "Preferences"));
+        }
+    }
     refreshAfterSpectrumChange();
     view_->ZOOM_OUT();
 }

@@ -95,6 +95,7 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
     std::error_code ignored;
     std::filesystem::create_directories(options_.home, ignored); // a --home that does not exist
     INI_PREF_SETUP(2, options_.home, state_.quarvex.preferences);
+    state_.quarvex.view = readViewSettings(options_.home);
 
     connect(view_, &SpectrumView::crosshairMoved, this, &MainWndProc::updateStatus);
     connect(view_, &SpectrumView::selectionChanged, this, &MainWndProc::updateStatus);

@@ -44,20 +44,28 @@ QFormLayout* group(QGridLayout* grid, const QString& title, int row, int column)
 
 } // namespace
 
-PreferencesDialog::PreferencesDialog(const Preferences& preferences, QWidget* parent)
+PreferencesDialog::PreferencesDialog(const Preferences& preferences, const ViewSettings& view,
+                                     QWidget* parent)
     : QDialog(parent) {
     setWindowTitle(QStringLiteral("Preferences"));
     auto* layout = new QVBoxLayout(this);
     auto* grid = new QGridLayout();
     layout->addLayout(grid);
 
-    QFormLayout* view = group(grid, QStringLiteral("View"), 0, 0);
+    QFormLayout* viewForm = group(grid, QStringLiteral("View"), 0, 0);
     stackSpectra_ = new QCheckBox(QStringLiteral("Stack spectra (off: overlay them)"), this);
     reverseXAxis_ = new QCheckBox(QStringLiteral("Reverse the x axis (x grows to the left)"), this);
     showGrid_ = new QCheckBox(QStringLiteral("Show the grid"), this);
-    view->addRow(stackSpectra_);
-    view->addRow(reverseXAxis_);
-    view->addRow(showGrid_);
+    viewForm->addRow(stackSpectra_);
+    viewForm->addRow(reverseXAxis_);
+    intensityNumbers_ =
+        new QCheckBox(QStringLiteral("Intensity numbers on the y axis (primary spectrum)"), this);
+    intensityNumbers_->setToolTip(
+        QStringLiteral("The y axis tells the intensities of the spectrum drawn in bold; the "
+                       "others keep their own scale. Kept in quarvex-view.ini, not in QV.ini."));
+    intensityNumbers_->setChecked(view.intensityNumbers);
+    viewForm->addRow(showGrid_);
+    viewForm->addRow(intensityNumbers_);
 
     QFormLayout* library = group(grid, QStringLiteral("Raman search"), 1, 0);
     compileLibraryAtStart_ =
@@ -126,6 +134,12 @@ void PreferencesDialog::setValues(const Preferences& p) {
     peakMinSeparation_->setValue(p.peakMinSeparation);
     reverseXAxis_->setChecked(p.reverseXAxis);
     showGrid_->setChecked(p.showGrid);
+}
+
+ViewSettings PreferencesDialog::viewSettings() const {
+    ViewSettings settings;
+    settings.intensityNumbers = intensityNumbers_->isChecked();
+    return settings;
 }
 
 Preferences PreferencesDialog::values() const {

@@ -1,7 +1,8 @@
-// The "Preferences" dialog: the sixteen values of "QV.ini".
+// The "Preferences" dialog: the sixteen values of "QV.ini", and the view's own settings.
 #pragma once
 
 #include "shell/Preferences.h"
+#include "shell/ViewSettings.h"
 
 #include <QDialog>
 
@@ -12,16 +13,18 @@ class QSpinBox;
 
 namespace quarvex::ui {
 
-/// Edits a copy of the preferences; `values()` returns the edited copy, which the main window
-/// applies on OK.
+/// Edits a copy of the preferences and of the view settings; `values()` and `viewSettings()`
+/// return the edited copies, which the main window applies on OK.
 class PreferencesDialog : public QDialog {
     Q_OBJECT
 
 public:
-    explicit PreferencesDialog(const Preferences& preferences, QWidget* parent = nullptr);
+    explicit PreferencesDialog(const Preferences& preferences, const ViewSettings& view = {},
+                               QWidget* parent = nullptr);
 
     Preferences values() const;
     void setValues(const Preferences& preferences);
+    ViewSettings viewSettings() const;
 
 private:
     QCheckBox* compileLibraryAtStart_ = nullptr;
@@ -40,6 +43,7 @@ private:
     QSpinBox* peakMinSeparation_ = nullptr;
     QCheckBox* reverseXAxis_ = nullptr;
     QCheckBox* showGrid_ = nullptr;
+    QCheckBox* intensityNumbers_ = nullptr; ///< a view setting, not in QV.ini
 };
 
 } // namespace quarvex::ui

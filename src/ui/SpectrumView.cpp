@@ -86,6 +86,8 @@ SpectrumView::SpectrumView(ProgramState& state, QWidget* parent)
     yAxis->setLabel(QStringLiteral("Intensity / a.u."));
     yAxis->setTicks(false);
     yAxis->setTickLabels(false);
+    plainYTicker_ = yAxis->ticker();
+    intensityTicker_ = QSharedPointer<IntensityTicker>::create();
     xAxis->ticker()->setTickCount(9);
     xAxis2->setVisible(true);
     xAxis2->setTicks(false);
@@ -234,6 +236,7 @@ void SpectrumView::ORGANIZE_PAINTING() {
     xAxis->grid()->setVisible(preferences.showGrid);
     yAxis->grid()->setVisible(preferences.showGrid);
     xAxis->setLabel(primary >= 0 ? xAxisTitleFor(s.DTYPE[at(primary)]) : QString());
+    showIntensityNumbers(primary);
 
     if (crosshairSpectrum_ != primary) {
         crosshairSpectrum_ = primary;
@@ -248,6 +251,30 @@ void SpectrumView::ORGANIZE_PAINTING() {
     }
     drawOverlays();
     replot();
+}
+
+// With the numbers on, the y axis speaks for the spectrum drawn in bold: the others are scaled
+// and stacked each their own way, so its status-bar values remain theirs.
+void SpectrumView::showIntensityNumbers(int spectrum) {
+    const SPECDATA_GLOBALS& s = state_.specdata;
+    const bool on = state_.quarvex.view.intensityNumbers && spectrum >= 0 && isDrawn(spectrum);
+    yAxis->setTicks(on);
+    yAxis->setTickLabels(on);
+    if (!on) {
+        yAxis->setTicker(plainYTicker_);
+        yAxis->setLabel(QStringLiteral("Intensity / a.u."));
+        return;
+    }
+    // Mapped through the spectrum's extremes: two far points keep the factor's float error
+    // relative to the spectrum's span.
+    const auto [low, high] = s.Y_EXTREMES[at(spectrum)];
+    const double drawnLow = drawnY(s, spectrum, low);
+    const double drawnHigh = drawnY(s, spectrum, high);
+    const double factor =
+        high > low ? (drawnHigh - drawnLow) / (static_cast<double>(high) - low) : 0.0;
+    intensityTicker_->setMapping(drawnLow - factor * low, factor, QCPRange(low, high));
+    yAxis->setTicker(intensityTicker_);
+    yAxis->setLabel(QStringLiteral("Intensity of spectrum %1").arg(spectrum + 1));
 }
 
 SpectrumView::Ranges SpectrumView::fullRanges() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "shell/ProgramState.h"
+#include "ui/IntensityTicker.h"
 #include "ui/ViewOverlays.h"
 
 #include <qcustomplot.h>
@@ -93,9 +94,14 @@ public:
     const PeakMarks& peakMarks() const { return marks_; }
     void setReflectionTicks(ReflectionTicks ticks);
     const ReflectionTicks& reflectionTicks() const { return ticks_; }
-    /// The strips below the view: the residual of a fit, the reflection ticks; null while not
-    /// shown.
+    void setLineResiduals(LineResiduals residuals);
+    const LineResiduals& lineResiduals() const { return lineResiduals_; }
+    /// The strips below the view: the residual of a fit, the refinement's line residuals, the
+    /// reflection ticks; null while not shown.
     QCPAxisRect* residualRect() const { return shown(residualRect_) ? residualRect_ : nullptr; }
+    QCPAxisRect* lineResidualRect() const {
+        return shown(lineResidualRect_) ? lineResidualRect_ : nullptr;
+    }
     QCPAxisRect* tickRect() const { return shown(tickRect_) ? tickRect_ : nullptr; }
 
     void setPeakPlacingMode(bool on) { peakPlacingMode_ = on; }
@@ -139,6 +145,8 @@ private:
     void showSelection();
     int nearestPoint(int spectrum, double x) const;
     int primaryVisibleSpectrum() const;
+    /// The y axis with the intensities of `spectrum` (the view setting), or without numbers.
+    void showIntensityNumbers(int spectrum);
     // Overlays (ViewOverlays.cpp), drawn by ORGANIZE_PAINTING after the spectra.
     void drawOverlays();
     void drawReference();
@@ -146,8 +154,10 @@ private:
     void drawPeakMarks();
     void arrangePeakLabels();
     void drawTicks();
+    void drawLineResiduals();
     QCPAxisRect* makeStrip();
-    void arrangeStrips(bool ticks, bool residual);
+    QCPAxisRect* makeResidualStrip(const QString& title);
+    void arrangeStrips(bool ticks, bool residual, bool lineResiduals);
     bool shown(const QCPAxisRect* strip) const;
     bool isDrawn(int spectrum) const;
 
@@ -161,6 +171,8 @@ private:
     QCPItemRect* selectionBox_ = nullptr;
     QCPItemText* emptyHint_ = nullptr;
     QCPItemText* otherTypeNote_ = nullptr;
+    QSharedPointer<QCPAxisTicker> plainYTicker_;
+    QSharedPointer<IntensityTicker> intensityTicker_;
     int hiddenOfOtherType_ = 0;
     int crosshairSpectrum_ = -1;
     int crosshairPoint_ = -1;
@@ -173,7 +185,9 @@ private:
     std::vector<QCPAbstractItem*> markItems_;
     std::vector<QCPItemText*> foundLabels_; ///< among markItems_: the labels of found peaks
     ReflectionTicks ticks_;
+    LineResiduals lineResiduals_;
     QCPAxisRect* residualRect_ = nullptr;
+    QCPAxisRect* lineResidualRect_ = nullptr;
     QCPAxisRect* tickRect_ = nullptr;
     std::vector<QCPAxisRect*> strips_; ///< the strips shown, top to bottom
     QCPMarginGroup* marginGroup_ = nullptr;

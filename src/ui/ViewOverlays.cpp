@@ -7,9 +7,7 @@
 #include "ui/ModeContext.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
 
 namespace quarvex::ui {
 
@@ -70,6 +68,11 @@ void SpectrumView::setReflectionTicks(ReflectionTicks ticks) {
     ORGANIZE_PAINTING();
 }
 
+void SpectrumView::setLineResiduals(LineResiduals residuals) {
+    lineResiduals_ = std::move(residuals);
+    ORGANIZE_PAINTING();
+}
+
 double SpectrumView::peakPositionAt(int spectrum, double pixelX) const {
     const SPECDATA_GLOBALS& s = state_.specdata;
     const double a = xAxis->pixelToCoord(pixelX - kSnapPixels);
@@ -91,10 +94,15 @@ void SpectrumView::drawOverlays() {
     markItems_.clear();
     foundLabels_.clear();
     const bool fitShown = fit_ && isDrawn(fit_->spectrum) && !fit_->x.empty();
-    arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown);
+    const bool lineResidualsShown =
+        isDrawn(lineResiduals_.spectrum) && !lineResiduals_.twoTheta.empty();
+    arrangeStrips(!ticks_.rows.empty() && !graphSpectrum_.empty(), fitShown, lineResidualsShown);
     drawReference();
     if (fitShown) {
         drawFit();
+    }
+    if (lineResidualsShown) {
+        drawLineResiduals();
     }
     drawPeakMarks();
     drawTicks();
@@ -144,17 +152,20 @@ void SpectrumView::drawFit() {
         return points;
     };
 
+    const auto backgroundAt = [&f](std::size_t i) {
+        return f.line.empty() ? f.background : f.background + f.line[i];
+    };
     QCPGraph* background =
         addCurve(*this, xAxis, yAxis, QPen(kBackgroundColour, 1.0, Qt::DotLine), QString());
-    background->data()->set(curve([&](std::size_t) { return drawn(f.background); }), true);
+    background->data()->set(curve([&](std::size_t i) { return drawn(backgroundAt(i)); }), true);
     QColor fill = kComponentColour;
     fill.setAlpha(46);
     for (std::size_t c = 0; c < f.components.size(); ++c) {
         const auto& component = f.components[c];
         QCPGraph* graph = addCurve(*this, xAxis, yAxis, QPen(kComponentColour, 1.2),
                                    c == 0 ? QStringLiteral("Fitted peaks") : QString());
-        graph->data()->set(curve([&](std::size_t i) { return drawn(f.background + component[i]); }),
-                           true);
+        graph->data()->set(
+            curve([&](std::size_t i) { return drawn(backgroundAt(i) + component[i]); }), true);
         graph->setBrush(fill);
         graph->setChannelFillGraph(background);
     }
@@ -177,6 +188,36 @@ void SpectrumView::drawFit() {
                           true);
     const double half = largest > 0.0 ? largest * 1.15 : 1.0;
     ry->setRange(-half, half);
+}
+
+// Points rather than a curve: the lines are separate measurements, and joining them would
+// suggest a trend between them.
+void SpectrumView::drawLineResiduals() {
+    QCPAxis* x = lineResidualRect_->axis(QCPAxis::atBottom);
+    QCPAxis* y = lineResidualRect_->axis(QCPAxis::atLeft);
+    auto* zero = new QCPItemStraightLine(this);
+    zero->setClipAxisRect(lineResidualRect_);
+    for (QCPItemPosition* end : {zero->point1, zero->point2}) {
+        end->setAxes(x, y);
+    }
+    zero->point1->setCoords(0.0, 0.0);
+    zero->point2->setCoords(1.0, 0.0);
+    zero->setPen(QPen(kBackgroundColour, 1.0, Qt::DashLine));
+    markItems_.push_back(zero);
+
+    const LineResiduals& r = lineResiduals_;
+    QVector<QCPGraphData> points;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < r.twoTheta.size(); ++i) {
+        points.append({r.twoTheta[i], r.obsMinusCalc[i]});
+        largest = std::max(largest, std::abs(r.obsMinusCalc[i]));
+    }
+    QCPGraph* graph = addCurve(*this, x, y, QPen(kResidualColour, 1.2), QString());
+    graph->setLineStyle(QCPGraph::lsImpulse);
+    graph->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, kResidualColour, 5.0));
+    graph->data()->set(points, false);
+    const double half = largest > 0.0 ? largest * 1.25 : 0.01;
+    y->setRange(-half, half);
 }
 
 void SpectrumView::drawPeakMarks() {
@@ -233,40 +274,64 @@ void SpectrumView::drawPeakMarks() {
     arrangePeakLabels();
 }
 
-// Labels of found peaks that would overlap go up a row (up to kLabelRows), and a label at an
-// edge of the plot is moved inwards instead of being cut. Run before every replot: the pixels
-// between the peaks change with the zoom.
+// A label that would overlap one already placed goes up a row (up to kLabelRows), and a label at
+// an edge of the plot is moved inwards instead of being cut. Each label stands over its own
+// peak, so rows of neighbours of different heights are at different places: the overlaps are
+// tested between the labels' rectangles on screen. Run before every replot: the pixels between
+// the peaks change with the zoom.
 void SpectrumView::arrangePeakLabels() {
     constexpr double kBaseOffset = 22.0; // pixels between a peak's top and its label
-    constexpr double kGap = 4.0;
-    constexpr std::size_t kLabelRows = 4;
-    std::vector<std::pair<double, QCPItemText*>> byPixel;
+    constexpr double kGap = 3.0;
+    constexpr int kLabelRows = 6;
+    std::vector<std::pair<QPointF, QCPItemText*>> byPixel;
     for (QCPItemText* label : foundLabels_) {
-        byPixel.emplace_back(label->position->parentAnchor()->pixelPosition().x(), label);
+        byPixel.emplace_back(label->position->parentAnchor()->pixelPosition(), label);
     }
     std::sort(byPixel.begin(), byPixel.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+              [](const auto& a, const auto& b) { return a.first.x() < b.first.x(); });
     const QRect plot = axisRect()->rect();
-    std::array<double, kLabelRows> rowEnd{};
-    rowEnd.fill(-std::numeric_limits<double>::infinity());
-    for (const auto& [pixel, label] : byPixel) {
+    struct PlacedLabel {
+        QRectF label;
+        QRectF arrow; ///< from the label down to its peak
+    };
+    std::vector<PlacedLabel> placed;
+    const auto arrowUnder = [](const QRectF& rect, const QPointF& top) {
+        return QRectF(top.x() - 1.0, rect.bottom(), 2.0, std::max(0.0, top.y() - rect.bottom()));
+    };
+    for (const auto& [top, label] : byPixel) {
         const QFontMetricsF metrics(label->font());
         const double width = metrics.horizontalAdvance(label->text()) + label->padding().left() +
                              label->padding().right();
-        const double centred = pixel - width / 2.0;
+        const double height = metrics.height();
+        const double centred = top.x() - width / 2.0;
         const double left =
             std::max<double>(plot.left(), std::min<double>(centred, plot.right() - width));
-        auto row = static_cast<std::size_t>(
-            std::find_if(rowEnd.begin(), rowEnd.end(),
-                         [left](double end) { return left >= end + kGap; }) -
-            rowEnd.begin());
-        if (row == kLabelRows) { // every row is full here: the one that ends first
-            row = static_cast<std::size_t>(std::min_element(rowEnd.begin(), rowEnd.end()) -
-                                           rowEnd.begin());
+        const auto rectAt = [&](int row) {
+            const double bottom = top.y() - kBaseOffset - row * height;
+            return QRectF(left - kGap, bottom - height - kGap, width + 2.0 * kGap,
+                          height + 2.0 * kGap);
+        };
+        // Clear of labels and arrows if a row allows, else clear of labels at least.
+        const auto blocked = [&](int row, bool arrows) {
+            const QRectF rect = rectAt(row);
+            const QRectF arrow = arrowUnder(rect, top);
+            return std::any_of(placed.begin(), placed.end(), [&](const PlacedLabel& other) {
+                return other.label.intersects(rect) ||
+                       (arrows && (other.arrow.intersects(rect) || other.label.intersects(arrow)));
+            });
+        };
+        int row = 0;
+        while (row < kLabelRows && blocked(row, true)) {
+            ++row;
         }
-        rowEnd[row] = left + width;
-        label->position->setCoords(left - centred,
-                                   -(kBaseOffset + static_cast<double>(row) * metrics.height()));
+        if (row == kLabelRows) {
+            row = 0;
+            while (row + 1 < kLabelRows && blocked(row, false)) {
+                ++row;
+            }
+        }
+        placed.push_back({rectAt(row), arrowUnder(rectAt(row), top)});
+        label->position->setCoords(left - centred, -(kBaseOffset + row * height));
     }
 }
 

@@ -1,5 +1,6 @@
 // What the modes draw over and under the loaded spectra: a reference spectrum, a peak fit with
-// its residual, marks at peak positions, and reflection ticks of reference patterns.
+// its residual, marks at peak positions, a refinement's residuals of its lines, and reflection
+// ticks of reference patterns.
 #pragma once
 
 #include <QColor>
@@ -36,6 +37,7 @@ struct FitOverlay {
     std::vector<float> fitted;                  ///< the fitted curve (with the background)
     std::vector<std::vector<float>> components; ///< each peak alone, without the background
     float background = 0.0F;
+    std::vector<float> line; ///< a background line under the constant, at x; empty: none
 };
 
 /// Marks on one spectrum: peaks found by the peak search (labelled arrows) and the starting
@@ -53,6 +55,14 @@ struct TickRow {
     QColor colour;
     std::vector<double> position;
     std::vector<double> height;
+};
+
+/// What a cell refinement says of each line it used: observed minus calculated 2-theta at the
+/// line's fitted 2-theta, drawn as points about a zero line in a strip under the pattern.
+struct LineResiduals {
+    int spectrum = -1;                ///< the pattern (0-based)
+    std::vector<double> twoTheta;     ///< the peaks' fitted 2-theta, degrees
+    std::vector<double> obsMinusCalc; ///< degrees, one per twoTheta
 };
 
 /// Reflections of reference patterns, drawn as ticks in a strip under the view: one row per

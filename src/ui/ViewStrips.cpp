@@ -1,5 +1,6 @@
-// The strips under the view: the reflection ticks of reference patterns and the residual of a
-// fit, sharing the view's x axis, which carries its numbers and title under the lowest strip.
+// The strips under the view: the residual of a fit, the residuals of a refinement's lines and
+// the reflection ticks of reference patterns, sharing the view's x axis, which carries its numbers
+// and title under the lowest strip.
 #include "ui/SpectrumView.h"
 
 #include <algorithm>
@@ -52,7 +53,19 @@ QCPAxisRect* SpectrumView::makeStrip() {
     return strip;
 }
 
-void SpectrumView::arrangeStrips(bool ticks, bool residual) {
+// A strip of residuals about zero: it pans and zooms along x with the view.
+QCPAxisRect* SpectrumView::makeResidualStrip(const QString& title) {
+    QCPAxisRect* strip = makeStrip();
+    strip->setRangeDrag(Qt::Horizontal);
+    strip->setRangeZoom(Qt::Horizontal);
+    strip->setMinimumSize(0, 70);
+    QCPAxis* y = strip->axis(QCPAxis::atLeft);
+    y->setLabel(title);
+    y->ticker()->setTickCount(3);
+    return strip;
+}
+
+void SpectrumView::arrangeStrips(bool ticks, bool residual, bool lineResiduals) {
     std::vector<QCPAxisRect*> wanted;
     if (ticks) {
         if (tickRect_ == nullptr) {
@@ -70,15 +83,15 @@ void SpectrumView::arrangeStrips(bool ticks, bool residual) {
     }
     if (residual) {
         if (residualRect_ == nullptr) {
-            residualRect_ = makeStrip();
-            residualRect_->setRangeDrag(Qt::Horizontal);
-            residualRect_->setRangeZoom(Qt::Horizontal);
-            residualRect_->setMinimumSize(0, 70);
-            QCPAxis* y = residualRect_->axis(QCPAxis::atLeft);
-            y->setLabel(QStringLiteral("Residual"));
-            y->ticker()->setTickCount(3);
+            residualRect_ = makeResidualStrip(QStringLiteral("Residual"));
         }
         wanted.push_back(residualRect_);
+    }
+    if (lineResiduals) {
+        if (lineResidualRect_ == nullptr) {
+            lineResidualRect_ = makeResidualStrip(QStringLiteral("obs − calc / °"));
+        }
+        wanted.push_back(lineResidualRect_);
     }
     if (wanted != strips_) {
         // A strip out of the layout would still draw its axes where it was: hide it.
@@ -91,7 +104,7 @@ void SpectrumView::arrangeStrips(bool ticks, bool residual) {
         for (std::size_t i = 0; i < wanted.size(); ++i) {
             plotLayout()->addElement(static_cast<int>(i) + 1, 0, wanted[i]);
             wanted[i]->setVisible(true);
-            stretch.append(wanted[i] == residualRect_ ? 1.0 : 0.01);
+            stretch.append(wanted[i] == tickRect_ ? 0.01 : 1.0);
         }
         plotLayout()->setRowStretchFactors(stretch);
         plotLayout()->setRowSpacing(0);
@@ -120,7 +133,7 @@ void SpectrumView::arrangeStrips(bool ticks, bool residual) {
         x->setLabel(lowest ? xAxis->label() : QString());
         x->setRangeReversed(xAxis->rangeReversed());
         x->setRange(xAxis->range());
-        x->grid()->setVisible(xAxis->grid()->visible() && strip == residualRect_);
+        x->grid()->setVisible(xAxis->grid()->visible() && strip != tickRect_);
         strip->axis(QCPAxis::atLeft)->grid()->setVisible(false);
     }
     if (!strips_.empty()) {

@@ -315,6 +315,7 @@ void XrayDiffractionDock::connectPopup(QMenu& popup) {
 
 void XrayDiffractionDock::closeEvent(QCloseEvent* event) {
     context_.view.setReflectionTicks({}); // the list stays for the next opening
+    context_.view.setLineResiduals({});
     if (stripPreviewShown_) {
         context_.view.setFitOverlay(std::nullopt);
         stripPreviewShown_ = false;

@@ -4,6 +4,7 @@
 
 #include "ui/Commands.h"
 #include "ui/ModeContext.h"
+#include "ui/ViewOverlays.h"
 #include "xray/JointRefine.h"
 #include "xray/RefinedCellRecord.h"
 #include "xray/XrayWorkflow.h"
@@ -134,6 +135,11 @@ private:
     /// The refinement's word on each matched peak in the table: observed minus calculated
     /// 2-theta, the joint refinement's diagnostics, the flagged lines marked.
     void showLineFits();
+    /// The same observed minus calculated 2-theta as points under the pattern, while the mode
+    /// is open; none clears them.
+    void showLineResiduals(LineResiduals residuals);
+    /// Widens the dock when the matched table's columns do not fit.
+    void widenForTable();
     void showTicks();
     /// The fitted peaks of the phase marked on the pattern while the mode is open.
     void showPeakMarks();
@@ -145,6 +151,9 @@ private:
     void afterListChange(const std::string& indexedBefore);
     void indexFromFirstActive();
     void applyWavelengths(const WavelengthChoice& choice);
+    /// The wavelengths of the phase's peaks: the pattern's, K-alpha1 alone when the peaks were
+    /// found on the pattern with K-alpha2 stripped.
+    WavelengthChoice phaseWavelengths() const;
     void rematch();
     void clearPattern();
     void createSpectrumFromDif();
@@ -167,6 +176,7 @@ private:
     QPushButton* findButton_ = nullptr;
     QCheckBox* stripKAlpha2_ = nullptr; ///< strip K-alpha2 before the peak search
     bool stripPreviewShown_ = false;    ///< the view's fit overlay is the stripped pattern
+    bool peaksStripped_ = false;        ///< the peaks were found with K-alpha2 stripped
     bool peakMarksShown_ = false;       ///< the view's peak marks are the fitted peaks
     QLabel* peakSummary_ = nullptr;
     QTabWidget* tabs_ = nullptr;

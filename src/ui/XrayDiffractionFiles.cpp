@@ -101,6 +101,7 @@ void XrayDiffractionDock::openProject() {
     patternPath_ = state.specdata.PATH[at(k)];
     shownPath_ = patternPath_;
     typedWavelength_.reset();
+    peaksStripped_ = false; // the project keeps its own wavelengths
     joint_ = {};
     lastInput_.clear();
     refined_ = loadRefinedRecord(state.xrayPeak.projectFile);

@@ -123,6 +123,7 @@ void XrayDiffractionDock::activate() {
     showTicks();
     showPeakMarks();
     showStripPreview();
+    showLineFits();
 }
 
 void XrayDiffractionDock::refreshPattern() {

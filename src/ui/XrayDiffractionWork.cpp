@@ -18,6 +18,7 @@
 
 #include <QCheckBox>
 #include <QFileInfo>
+#include <QMainWindow>
 #include <QSignalBlocker>
 #include <QTabWidget>
 
@@ -127,7 +128,15 @@ void XrayDiffractionDock::indexFromFirstActive() {
     next.USEIINTS = current->USEIINTS;
     *current = std::move(next);
     refined_.reset();
-    applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+    applyWavelengths(phaseWavelengths());
+}
+
+WavelengthChoice XrayDiffractionDock::phaseWavelengths() const {
+    WavelengthChoice choice = wavelengthChoice(context_.state.xrayPeak.pattern);
+    if (peaksStripped_) {
+        choice.wavelengths.resize(1); // the K-alpha2 peaks were stripped before the search
+    }
+    return choice;
 }
 
 void XrayDiffractionDock::applyWavelengths(const WavelengthChoice& choice) {
@@ -160,6 +169,7 @@ void XrayDiffractionDock::rematch() {
 
 void XrayDiffractionDock::clearPattern() {
     context_.state.xrayPeak = {};
+    peaksStripped_ = false;
     refined_.reset();
     patternPath_.clear();
     matchNote_.clear();
@@ -216,6 +226,7 @@ void XrayDiffractionDock::findPeaks() {
     x.phases = {std::move(next)};
     x.pattern = k;
     patternPath_ = s.PATH[at(k)];
+    peaksStripped_ = !stripped.empty();
     refined_.reset();
     applyWavelengths(choice);
     tabs_->setCurrentIndex(0);
@@ -371,6 +382,7 @@ void XrayDiffractionDock::showLineFits() {
     // The refinement arrays are this phase's only after a Refine of this session.
     if (p == nullptr || !refined_ || lastInput_.empty()) {
         peakTable_->showLineFits(std::move(fits));
+        showLineResiduals({});
         return;
     }
     fits.resize(static_cast<std::size_t>(p->peaks.count()));
@@ -398,7 +410,41 @@ void XrayDiffractionDock::showLineFits() {
                       .arg(line.highLeverage ? QStringLiteral(" (above 2p/n)") : QString())
                       .arg(line.rstudent, 0, 'f', 2);
     }
+    LineResiduals residuals;
+    residuals.spectrum = context_.state.xrayPeak.pattern;
+    for (std::size_t peak = 0; peak < fits.size(); ++peak) {
+        if (fits[peak]) {
+            residuals.twoTheta.push_back(p->peaks.twoTheta(static_cast<int>(peak)));
+            residuals.obsMinusCalc.push_back(fits[peak]->obsMinusCalc);
+        }
+    }
     peakTable_->showLineFits(std::move(fits));
+    showLineResiduals(std::move(residuals));
+    widenForTable();
+}
+
+// The refinement's columns are what the user refined for: the dock widens to show them all
+// rather than hiding them behind a scroll bar.
+void XrayDiffractionDock::widenForTable() {
+    const int deficit = peakTable_->widthForAllColumns() - peakTable_->width();
+    if (isHidden() || deficit <= 0) {
+        return;
+    }
+    auto* window = qobject_cast<QMainWindow*>(parentWidget());
+    if (window != nullptr && !isFloating()) {
+        window->resizeDocks({this}, {width() + deficit}, Qt::Horizontal);
+    } else {
+        resize(width() + deficit, height());
+    }
+}
+
+void XrayDiffractionDock::showLineResiduals(LineResiduals residuals) {
+    if (isHidden()) {
+        residuals = {};
+    }
+    if (!residuals.twoTheta.empty() || !context_.view.lineResiduals().twoTheta.empty()) {
+        context_.view.setLineResiduals(std::move(residuals));
+    }
 }
 
 void XrayDiffractionDock::setCrystalSystem(int sym) {
@@ -411,7 +457,7 @@ void XrayDiffractionDock::setCrystalSystem(int sym) {
 void XrayDiffractionDock::setWavelength(double wavelength) {
     typedWavelength_ = wavelength;
     if (phase() != nullptr) {
-        applyWavelengths(wavelengthChoice(context_.state.xrayPeak.pattern));
+        applyWavelengths(phaseWavelengths());
     }
     refreshPattern();
     refreshPhase();

@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
@@ -188,11 +189,21 @@ void XrayPeakTable::showLineFits(std::vector<std::optional<LineFit>> fits) {
     for (int k = 0; k < topLevelItemCount(); ++k) {
         renderLineFit(*topLevelItem(k), k);
     }
+    // A column no refinement has filled stays out of the way of the others.
     for (const int column : {kObsMinusCalc, kHat, kRstudent, kDffits}) {
+        bool filled = false;
+        for (int k = 0; k < topLevelItemCount() && !filled; ++k) {
+            filled = !topLevelItem(k)->text(column).isEmpty();
+        }
+        setColumnHidden(column, !filled);
         resizeColumnToContents(column);
         setColumnWidth(column, std::max(columnWidth(column), 44));
     }
     filling_ = false;
+}
+
+int XrayPeakTable::widthForAllColumns() const {
+    return header()->length() + 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
 }
 
 void XrayPeakTable::renderLineFit(QTreeWidgetItem& item, int peak) {

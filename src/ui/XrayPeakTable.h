@@ -69,8 +69,12 @@ public:
     void showPhase(const XrayPhase* phase);
 
     /// Shows the refinement's word on each peak (index: peak; none or a short list: nothing for
-    /// the others); kept until the next call, across showPhase.
+    /// the others); kept until the next call, across showPhase. Its columns that stay empty are
+    /// hidden.
     void showLineFits(std::vector<std::optional<LineFit>> fits);
+
+    /// The width that shows every visible column without a horizontal scroll bar, pixels.
+    int widthForAllColumns() const;
 
     /// The choices of the h k l list of a peak (0-based), nearest first; set by the mode.
     std::function<QStringList(int peak)> choices;

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <fstream>
+#include <random>
 #include <string>
 
 namespace quarvex {
@@ -45,6 +47,43 @@ TEST(PeakCli, FitFindsTheCalciteBandWithASmallError) {
             EXPECT_TRUE(json.contains(key)) << key;
         }
     }
+}
+
+// A Gaussian (height 200, centre 30, FWHM 2 sqrt(ln 2)·3) on y = 2x + 15 with noise of spread
+// 0.5: the line is taken off and reported, and with equal unit weights the reduced chi-square is
+// the noise variance (within three spreads of a variance estimate from 121 points).
+TEST(PeakCli, FitOverALinearBackground) {
+    test::TempFolder home;
+    const auto file = home.path() / "sloped.txt";
+    {
+        std::ofstream out(file);
+        std::mt19937 random(5);
+        std::normal_distribution<double> noise(0.0, 0.5);
+        for (int i = 0; i <= 120; ++i) {
+            const double x = 0.5 * i;
+            out << x << ' '
+                << 2.0 * x + 15.0 + 200.0 * std::exp(-std::pow((x - 30.0) / 3.0, 2)) + noise(random)
+                << '\n';
+        }
+    }
+    const std::string fit = "fit '" + file.string() + "' --range 0:60 --profile 1 --json";
+    const auto levelled = test::runProgram(run(home, fit + " --linear-background"));
+    ASSERT_EQ(levelled.status, 0) << levelled.err;
+    const auto json = nlohmann::json::parse(levelled.out);
+    // The end regions' noise moves the line: the slope by about 0.5 / (sqrt(24) · 25).
+    EXPECT_NEAR(json["background_line"]["slope"].get<double>(), 2.0, 0.02);
+    EXPECT_NEAR(json["background_line"]["intercept"].get<double>(), 15.0, 0.6);
+    ASSERT_EQ(json["peaks"].size(), 1U);
+    EXPECT_NEAR(json["peaks"][0]["centre"].get<double>(), 30.0, 0.05);
+    EXPECT_NEAR(json["peaks"][0]["height"].get<double>(), 200.0, 1.0);
+    EXPECT_NEAR(json["reduced_chisq"].get<double>(), 0.25, 3.0 * 0.25 / std::sqrt(60.0));
+    EXPECT_GT(json["r_squared"].get<double>(), 0.999);
+
+    // Without the option: the constant background alone, and no line reported.
+    const auto constant = test::runProgram(run(home, fit));
+    const auto plain = nlohmann::json::parse(constant.out);
+    EXPECT_FALSE(plain.contains("background_line"));
+    EXPECT_GT(plain["reduced_chisq"].get<double>(), 10.0 * json["reduced_chisq"].get<double>());
 }
 
 TEST(PeakCli, PeaksListsTheCalciteBands) {

@@ -3,17 +3,20 @@
 
 #include "UiTestSupport.h"
 
+#include "specdata/SpecDataArrange.h"
 #include "ui/Commands.h"
 #include "ui/CsvExport.h"
 #include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
 #include "ui/HelpWindow.h"
+#include "ui/PreferencesDialog.h"
 #include "ui/RamanSearchDock.h"
 #include "ui/SpectrumView.h"
 #include "ui/TextViewer.h"
 #include "ui/XrayDiffractionDock.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QDoubleSpinBox>
 #include <QLabel>
@@ -279,18 +282,7 @@ void DisplayTest::peakLabelsNeitherCollideNorLeaveThePlot() {
     view.setSelectedRange(ui::XRange{120.0, 1800.0});
     fixture.window->dispatch(ui::kCmdFindPeaks);
     view.ZOOM_OUT();
-    std::vector<QRectF> labels;
-    for (int i = 0; i < view.itemCount(); ++i) {
-        auto* label = qobject_cast<QCPItemText*>(view.item(i));
-        bool number = false;
-        if (label != nullptr && label->visible()) {
-            label->text().toDouble(&number);
-        }
-        if (number) {
-            labels.emplace_back(label->topLeft->pixelPosition(),
-                                label->bottomRight->pixelPosition());
-        }
-    }
+    const std::vector<QRectF> labels = peakLabelRects(view);
     QVERIFY(labels.size() >= 4);
     const QRectF plot = view.axisRect()->rect();
     for (std::size_t i = 0; i < labels.size(); ++i) {
@@ -482,6 +474,69 @@ void DisplayTest::rankingAndFitTableExportAsCsv() {
              qPrintable(csv));
     QVERIFY(!csv.contains(QLatin1Char('\t')));
     QVERIFY(fixture.interaction->errors.empty());
+}
+
+// Ticked in the Preferences dialog, the y axis carries numbers: the primary spectrum's own
+// intensities, each at the height where the view draws that intensity. The choice is kept in a
+// file of its own, and QV.ini keeps its fixed set of values. Unticked, as before: no numbers.
+void DisplayTest::intensityNumbersAreAPreference() {
+    WindowFixture fixture;
+    fixture.open({kCalcite, kAnatase});
+    ui::SpectrumView& view = *fixture.window->view();
+    QVERIFY(!view.yAxis->tickLabels());
+    QVERIFY(!view.yAxis->ticks());
+
+    const auto toggleNumbers = [](QDialog& dialog) {
+        for (QCheckBox* box : dialog.findChildren<QCheckBox*>()) {
+            if (box->text().startsWith(QStringLiteral("Intensity numbers"))) {
+                QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+            }
+        }
+        return int{QDialog::Accepted};
+    };
+    fixture.interaction->onDialog = toggleNumbers;
+    fixture.window->dispatch(ui::kCmdPreferences);
+    QVERIFY(fixture.state.quarvex.view.intensityNumbers);
+    QVERIFY(view.yAxis->tickLabels());
+    view.replot();
+    const QVector<double> ticks = view.yAxis->tickVector();
+    const QVector<QString> labels = view.yAxis->tickVectorLabels();
+    QVERIFY(ticks.size() >= 3);
+    QCOMPARE(labels.size(), ticks.size());
+    const SPECDATA_GLOBALS& s = fixture.state.specdata;
+    const int primary = 1; // the last opened
+    QVERIFY(s.ACTIVE[primary]);
+    const double span = s.Y_EXTREMES[primary][1] - s.Y_EXTREMES[primary][0];
+    for (qsizetype i = 0; i < ticks.size(); ++i) {
+        bool number = false;
+        const double intensity = QLocale().toDouble(labels[i], &number);
+        QVERIFY2(number, qPrintable(labels[i]));
+        // The label is rounded to 6 digits: its drawn height to that share of the span.
+        QVERIFY2(std::abs(drawnY(s, primary, static_cast<float>(intensity)) - ticks[i]) <
+                     1e-5 * (1.0 + std::abs(ticks[i])),
+                 qPrintable(labels[i]));
+        // Only the primary's own span, a tenth to spare: not down over the spectrum below it.
+        QVERIFY(intensity >= s.Y_EXTREMES[primary][0] - 0.1 * span - 1e-6 * span &&
+                intensity <= s.Y_EXTREMES[primary][1] + 0.1 * span + 1e-6 * span);
+    }
+    const std::string kept = readFile(fixture.home.path() / kViewSettingsFileName);
+    QVERIFY2(kept.find("intensity_numbers=1\n") != std::string::npos, kept.c_str());
+    const auto preferences = fixture.home.path() / kPreferencesFileName;
+    QVERIFY(!std::filesystem::exists(preferences) ||
+            readFile(preferences).find("intensity") == std::string::npos);
+
+    {
+        ProgramState restarted;
+        const ui::MainWndProc window(
+            restarted, ui::MainWindowOptions{fixture.home.path(), sourcePath("docs"),
+                                             std::make_shared<RecordingInteraction>()});
+        QVERIFY(restarted.quarvex.view.intensityNumbers); // read at the next start
+    }
+
+    fixture.window->dispatch(ui::kCmdPreferences); // untick
+    QVERIFY(!view.yAxis->tickLabels());
+    QVERIFY(!view.yAxis->ticks());
+    QVERIFY(!readViewSettings(fixture.home.path()).intensityNumbers);
 }
 
 } // namespace quarvex::test

@@ -28,6 +28,7 @@ private slots:
     void openProjectIsReachableWithNothingLoaded();
     void spectraOfAnotherTypeAreHiddenAndCounted();
     void rankingAndFitTableExportAsCsv();
+    void intensityNumbersAreAPreference();
 };
 
 } // namespace quarvex::test

@@ -8,6 +8,7 @@
 #include "ui/FitTable.h"
 #include "ui/SpectrumView.h"
 
+#include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QPushButton>
@@ -31,6 +32,17 @@ struct BandFixture : WindowFixture {
     }
     ui::EditSpectrumDock& dock() { return *window->editSpectrum(); }
 };
+
+// The value of the row `name` of the copied fit table.
+double tableValue(const QString& table, const QString& name) {
+    for (const QString& line : table.split(QLatin1Char('\n'))) {
+        const QStringList cells = line.split(QLatin1Char('\t'));
+        if (cells.size() == 2 && cells[0] == name) {
+            return cells[1].toDouble();
+        }
+    }
+    return std::nan("");
+}
 
 } // namespace
 
@@ -130,6 +142,79 @@ void EditSpectrumTest::nonConvergenceShowsItsMessage() {
     QCOMPARE(fixture.interaction->errors[0].title, QStringLiteral("Error"));
     QVERIFY(!fixture.dock().lastFit().has_value());
     QVERIFY(!fixture.window->view()->fitOverlay().has_value());
+}
+
+// Ticked, the straight line through the window's end regions lies under the fit: it is the
+// least-squares line of those points (their residuals from it and the residuals times x both
+// sum to zero), drawn under the peaks, and reported with the fit's reduced chi-square and R²,
+// which the test works out from the drawn data and curve.
+void EditSpectrumTest::linearBackgroundIsTakenOffAndReported() {
+    BandFixture fixture;
+    QCheckBox* box = nullptr;
+    for (QCheckBox* candidate : fixture.dock().findChildren<QCheckBox*>()) {
+        if (candidate->text() == QStringLiteral("Linear background")) {
+            box = candidate;
+        }
+    }
+    QVERIFY(box != nullptr);
+    QVERIFY(!box->isChecked());
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+    QVERIFY(box->isChecked());
+    QCOMPARE(fixture.window->dispatch(ui::kCmdFitPeaks), ui::DispatchResult::Done);
+    QVERIFY(fixture.interaction->errors.empty());
+    const auto& line = fixture.dock().lastLine();
+    QVERIFY(line.has_value());
+
+    const ui::FitOverlay& overlay = *fixture.window->view()->fitOverlay();
+    const std::size_t n = overlay.x.size();
+    QCOMPARE(overlay.line.size(), n);
+    const std::size_t region = std::max<std::size_t>(3, std::lround(0.1 * static_cast<double>(n)));
+    double sum = 0.0;
+    double moment = 0.0;
+    double scale = 0.0;
+    for (std::size_t i = 0; i < n; ++i) {
+        QVERIFY(std::abs(overlay.line[i] - (line->slope * overlay.x[i] + line->intercept)) <
+                1e-6 * std::abs(overlay.line[i]) + 1e-3);
+        if (i < region || i >= n - region) {
+            const double residual = overlay.measured[i] - line->at(overlay.x[i]);
+            sum += residual;
+            moment += residual * (overlay.x[i] - overlay.x.front());
+            scale += std::abs(overlay.measured[i]);
+        }
+    }
+    // Float data summed in double: zero to a millionth of the values' size.
+    QVERIFY2(std::abs(sum) < 1e-6 * scale, qPrintable(QString::number(sum)));
+    QVERIFY2(std::abs(moment) < 1e-6 * scale * (overlay.x.back() - overlay.x.front()),
+             qPrintable(QString::number(moment)));
+
+    double mean = 0.0;
+    for (const float y : overlay.measured) {
+        mean += y;
+    }
+    mean /= static_cast<double>(n);
+    double residualSum = 0.0;
+    double totalSum = 0.0;
+    for (std::size_t i = 0; i < n; ++i) {
+        residualSum += std::pow(static_cast<double>(overlay.measured[i]) - overlay.fitted[i], 2);
+        totalSum += std::pow(overlay.measured[i] - mean, 2);
+    }
+    const std::size_t parameters = fixture.dock().lastFit()->parameters.size() + 2;
+    const QString table = fixture.dock().tableText();
+    QVERIFY(std::abs(tableValue(table, QStringLiteral("Reduced chi-square")) -
+                     residualSum / static_cast<double>(n - parameters)) < 1e-8 * residualSum);
+    QVERIFY(std::abs(tableValue(table, QStringLiteral("R-squared")) -
+                     (1.0 - residualSum / totalSum)) < 1e-8);
+    // Copied to 10 significant digits.
+    QVERIFY(std::abs(tableValue(table, QStringLiteral("Background slope")) - line->slope) <=
+            1e-9 * std::abs(line->slope));
+
+    // Cleared: the next fit has the constant background only.
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+    fixture.window->dispatch(ui::kCmdFitPeaks);
+    QVERIFY(!fixture.dock().lastLine().has_value());
+    QVERIFY(fixture.window->view()->fitOverlay()->line.empty());
+    QVERIFY(!fixture.dock().tableText().contains(QStringLiteral("Background slope")));
+    QVERIFY(std::isfinite(tableValue(fixture.dock().tableText(), QStringLiteral("R-squared"))));
 }
 
 } // namespace quarvex::test

@@ -15,6 +15,7 @@ private slots:
     void copyGivesTheTableAsText();
     void clicksPlaceStartingPeaks();
     void nonConvergenceShowsItsMessage();
+    void linearBackgroundIsTakenOffAndReported();
 };
 
 } // namespace quarvex::test

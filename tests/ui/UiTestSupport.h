@@ -5,9 +5,11 @@
 
 #include "shell/ProgramState.h"
 #include "ui/MainWndProc.h"
+#include "ui/SpectrumView.h"
 #include "ui/UserInteraction.h"
 
 #include <QDialog>
+#include <QRectF>
 #include <QUrl>
 
 #include <functional>
@@ -103,5 +105,24 @@ struct WindowFixture {
     std::shared_ptr<RecordingInteraction> interaction = std::make_shared<RecordingInteraction>();
     std::unique_ptr<ui::MainWndProc> window;
 };
+
+/// Where the view shows the labels of found peaks (its visible texts that are numbers), after a
+/// replot, in pixels.
+inline std::vector<QRectF> peakLabelRects(ui::SpectrumView& view) {
+    view.replot();
+    std::vector<QRectF> labels;
+    for (int i = 0; i < view.itemCount(); ++i) {
+        auto* label = qobject_cast<QCPItemText*>(view.item(i));
+        bool number = false;
+        if (label != nullptr && label->visible()) {
+            label->text().toDouble(&number);
+        }
+        if (number) {
+            labels.emplace_back(label->topLeft->pixelPosition(),
+                                label->bottomRight->pixelPosition());
+        }
+    }
+    return labels;
+}
 
 } // namespace quarvex::test

@@ -12,7 +12,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDoubleSpinBox>
+#include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -20,6 +23,8 @@
 
 #include <cmath>
 #include <fstream>
+#include <numbers>
+#include <sstream>
 #include <tuple>
 
 namespace quarvex::test {
@@ -545,6 +550,152 @@ void XrayDiffractionTest::matchedTableShowsTheFitOfEachLine() {
     fixture.window->dispatch(ui::kCmdFindXrayPeaks);
     QCOMPARE(filled(XrayPeakTable::kObsMinusCalc), 0);
     QCOMPARE(filled(XrayPeakTable::kHat), 0);
+}
+
+// The plot under the pattern holds one point per refined line, at the peak's 2-theta of the
+// matched table and with the table's obs-calc (printed to 4 decimals); it follows the view's x
+// range and goes when the refinement no longer speaks of the peaks.
+void XrayDiffractionTest::lineResidualsArePlottedUnderThePattern() {
+    WindowFixture fixture;
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    const ui::SpectrumView& view = *fixture.window->view();
+    const XrayPeakTable& table = *dock.peakTable();
+    QVERIFY(view.lineResidualRect() == nullptr);
+
+    button(dock, "Refine")->click();
+    QCPAxisRect* strip = view.lineResidualRect();
+    QVERIFY(strip != nullptr);
+    QCPGraph* points = nullptr;
+    for (QCPGraph* graph : strip->graphs()) {
+        if (graph->scatterStyle().shape() != QCPScatterStyle::ssNone) {
+            points = graph;
+        }
+    }
+    QVERIFY(points != nullptr);
+    QCOMPARE(points->dataCount(), fixture.state.datastff.NREF);
+    int matched = 0;
+    for (int row = 0; row < table.topLevelItemCount(); ++row) {
+        const QTreeWidgetItem& item = *table.topLevelItem(row);
+        if (item.text(XrayPeakTable::kObsMinusCalc).isEmpty()) {
+            continue;
+        }
+        const double twoTheta = item.text(XrayPeakTable::kTwoTheta).toDouble();
+        const double obsMinusCalc = item.text(XrayPeakTable::kObsMinusCalc).toDouble();
+        for (auto point = points->data()->constBegin(); point != points->data()->constEnd();
+             ++point) {
+            // The table prints 2-theta to 3 decimals and obs-calc to 4.
+            if (std::abs(point->key - twoTheta) < 0.0005 + 1e-9 &&
+                std::abs(point->value - obsMinusCalc) < 0.00005 + 1e-12) {
+                ++matched;
+                break;
+            }
+        }
+    }
+    QCOMPARE(matched, fixture.state.datastff.NREF);
+    const QCPRange shown = strip->axis(QCPAxis::atBottom)->range();
+    QCOMPARE(shown.lower, view.xAxis->range().lower);
+    QCOMPARE(shown.upper, view.xAxis->range().upper);
+
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QVERIFY(view.lineResidualRect() == nullptr);
+}
+
+// The quartz pattern's tight clusters (near 55 and 68 degrees) hold peaks of different heights:
+// each label stands over its own peak, and none may cover another.
+void XrayDiffractionTest::peakLabelsInTightClustersDoNotOverlap() {
+    WindowFixture fixture;
+    fixture.window->resize(1440, 900);
+    prepare(fixture);
+    ui::SpectrumView& view = *fixture.window->view();
+    const std::vector<QRectF> labels = peakLabelRects(view);
+    QCOMPARE(labels.size(), static_cast<std::size_t>(phaseOf(fixture).peaks.count()));
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            QVERIFY2(!labels[i].intersects(labels[j]),
+                     qPrintable(QStringLiteral("labels %1 and %2").arg(j).arg(i)));
+        }
+    }
+}
+
+// Before a refinement its empty columns are out of the way; after the joint refinement every
+// column of the matched table shows at once, without scrolling sideways.
+void XrayDiffractionTest::matchedTableShowsEveryColumnWithoutScrolling() {
+    WindowFixture fixture;
+    fixture.window->resize(1440, 900);
+    prepare(fixture);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    XrayPeakTable& table = *dock.peakTable();
+    QVERIFY(table.isColumnHidden(XrayPeakTable::kDffits));
+    button(dock, "Refine zero")->click();
+    button(dock, "Refine")->click();
+    QApplication::processEvents();
+    for (int column = 0; column < XrayPeakTable::kColumns; ++column) {
+        QVERIFY2(!table.isColumnHidden(column), qPrintable(QString::number(column)));
+    }
+    QCOMPARE(table.horizontalScrollBar()->maximum(), 0);
+    const int dffitsEnd = table.header()->sectionViewportPosition(XrayPeakTable::kDffits) +
+                          table.header()->sectionSize(XrayPeakTable::kDffits);
+    QVERIFY(dffitsEnd <= table.viewport()->width());
+}
+
+// Peaks found with K-alpha2 stripped stay matched with K-alpha1 alone when the user then types
+// the wavelength (within the reference's K-alpha1, whose K-alpha2 would otherwise come back).
+void XrayDiffractionTest::typedWavelengthKeepsKAlpha2Stripped() {
+    WindowFixture fixture;
+    // Quartz.out with both lines of copper: each reflection also at K-alpha2 (Bragg's law from
+    // its d), at half the intensity.
+    constexpr double kAlpha2 = 1.544390;
+    std::ifstream in(reference("Quartz.out").toStdString());
+    std::string two;
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream fields(line);
+        double twoTheta = 0.0;
+        double intensity = 0.0;
+        double d = 0.0;
+        int h = 0;
+        int k = 0;
+        int l = 0;
+        if (line.starts_with("X-RAY WAVELENGTH:")) {
+            line = "X-RAY WAVELENGTHS: 1.540562 " + std::to_string(kAlpha2);
+        } else if (fields >> twoTheta >> intensity >> d >> h >> k >> l) {
+            const double twoTheta2 =
+                2.0 * std::asin(kAlpha2 / (2.0 * d)) * 180.0 / std::numbers::pi;
+            line = QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8")
+                       .arg(twoTheta, 0, 'f', 2)
+                       .arg(intensity, 0, 'f', 2)
+                       .arg(d, 0, 'f', 4)
+                       .arg(twoTheta2, 0, 'f', 2)
+                       .arg(intensity / 2.0, 0, 'f', 2)
+                       .arg(h)
+                       .arg(k)
+                       .arg(l)
+                       .toStdString();
+        }
+        two += line + "\n";
+    }
+    const auto quartz = fixture.home.write("QuartzTwoLines.out", two);
+    fixture.window->openFiles({patternCopy(fixture)});
+    fixture.window->dispatch(ui::kCmdXrayMode);
+    ui::XrayDiffractionDock& dock = dockOf(fixture);
+    dock.openReferences({QString::fromStdString(quartz.string())});
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{2});
+    button(dock, "Strip Kα2")->click();
+    fixture.window->dispatch(ui::kCmdFindXrayPeaks);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{1});
+
+    auto* wavelength = dock.findChild<QDoubleSpinBox*>();
+    QVERIFY(wavelength != nullptr);
+    wavelength->setFocus();
+    wavelength->selectAll();
+    QTest::keyClicks(wavelength, QStringLiteral("1.5406"));
+    QTest::keyClick(wavelength, Qt::Key_Return);
+    QVERIFY(std::abs(fixture.state.xrayPeak.wavelengths.front() - 1.5406) < 1e-9);
+    QCOMPARE(fixture.state.xrayPeak.wavelengths.size(), std::size_t{1});
+    for (const PeakAssignment& a : phaseOf(fixture).assignments) {
+        QCOMPARE(a.wave, 1);
+    }
 }
 
 void XrayDiffractionTest::stripKAlpha2IsPreviewedAndFittedPeaksAreMarked() {

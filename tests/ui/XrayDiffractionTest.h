@@ -22,6 +22,10 @@ private slots:
     void refineZeroAddsTheJointSection();
     void onlyRealEditsOfARowAreSignalled();
     void matchedTableShowsTheFitOfEachLine();
+    void lineResidualsArePlottedUnderThePattern();
+    void peakLabelsInTightClustersDoNotOverlap();
+    void matchedTableShowsEveryColumnWithoutScrolling();
+    void typedWavelengthKeepsKAlpha2Stripped();
     void stripKAlpha2IsPreviewedAndFittedPeaksAreMarked();
 };
 
