@@ -6,6 +6,7 @@
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
 #include "library/GridCache.h"
+#include "library/GridCacheWriter.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "readers/SpectrumFormats.h"
@@ -17,6 +18,7 @@
 #include <cmath>
 #include <future>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace quarvex {
@@ -212,8 +214,8 @@ PreparedEntry prepareSearchEntry(const std::filesystem::path& folder, const std:
         return entry;
     }
     SpectrumRecord spectrum;
-    InterpData fine;
-    InterpData coarse;
+    InterpData& fine = entry.fineGrid;
+    InterpData& coarse = entry.coarseGrid;
     try {
         // The spectrum readers put the points in ascending x and merge duplicate x.
         spectrum = readReferenceSpectrum(folder / fileName);
@@ -270,6 +272,8 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     reportProgress(progress, kCompilingStatus, 0.0);
     const std::vector<std::string> names = sortedFileNames(result.folder);
     LibraryFiles files(result.folder, beforeStep);
+    // Written from the grids themselves: the same bytes as deriving it from the text files.
+    GridCacheWriter cache(result.folder);
     if (workers == 0) {
         workers = std::max(1U, std::thread::hardware_concurrency());
     }
@@ -284,6 +288,11 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
                 continue;
             }
             appendPreparedEntry(entry, files.entryStreams());
+            if (entry.outcome == AppendOutcome::Appended) {
+                cache.add(CacheGrid::Coarse, entry.coarseGrid.x, entry.coarseGrid.y);
+                cache.add(CacheGrid::Fine, entry.fineGrid.x, entry.fineGrid.y,
+                          fineNameOf(trimmed(name)));
+            }
             if (entry.outcome == AppendOutcome::Skipped) {
                 result.skipped.push_back({name, entry.reason});
             } else {
@@ -298,9 +307,11 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
         }
     }
     files.commit();
-    // Made from the files just put in place and bound to them by their fingerprint: without it
-    // (a read-only folder) the search reads the text.
-    writeGridCache(result.folder);
+    // Bound to the files just put in place by their fingerprint: without it (a read-only folder)
+    // the search reads the text.
+    if (const std::optional<LibraryFingerprint> fingerprint = libraryFingerprint(result.folder)) {
+        cache.commit(*fingerprint);
+    }
     reportProgress(progress, kCompilingStatus, 1.0);
     return result;
 }
