@@ -237,6 +237,7 @@ PreparedEntry prepareSearchEntry(const std::filesystem::path& folder, const std:
 
     const std::string_view name = trimmed(fileName);
     entry.slow.reserve(static_cast<std::size_t>(fine.capacity()) * 24 + 256);
+    entry.fast.reserve(static_cast<std::size_t>(coarse.capacity()) * 24 + 256);
     appendBlock(entry.slow, name, fine);
     appendBlock(entry.fast, name, coarse);
     const MINERALINFO& header = spectrum.header;
@@ -277,10 +278,22 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     if (workers == 0) {
         workers = std::max(1U, std::thread::hardware_concurrency());
     }
+    // The next batch is prepared while this one is written: writing takes a quarter of the time.
+    const auto prepare = [&](std::size_t first) {
+        return std::async(std::launch::async, prepareBatch, std::cref(result.folder),
+                          std::cref(names), first, std::min(first + kBatchSize, names.size()),
+                          workers);
+    };
+    std::future<std::vector<PreparedEntry>> next;
+    if (!names.empty()) {
+        next = prepare(0);
+    }
     for (std::size_t batch = 0; batch < names.size(); batch += kBatchSize) {
         const std::size_t end = std::min(batch + kBatchSize, names.size());
-        const std::vector<PreparedEntry> entries =
-            prepareBatch(result.folder, names, batch, end, workers);
+        const std::vector<PreparedEntry> entries = next.get();
+        if (end < names.size()) {
+            next = prepare(end);
+        }
         for (std::size_t i = batch; i < end; ++i) {
             const std::string& name = names[i];
             const PreparedEntry& entry = entries[i - batch];
