@@ -7,6 +7,7 @@
 #include "common/WorkingFolders.h"
 #include "library/GridCache.h"
 #include "library/GridCacheWriter.h"
+#include "library/RobustGridCache.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
 #include "readers/SpectrumFormats.h"
@@ -170,6 +171,7 @@ public:
         std::error_code ignored;
         std::filesystem::remove(folder_ / kRobustLibraryFile, ignored);
         std::filesystem::remove(gridCachePath(folder_), ignored);
+        std::filesystem::remove(robustCachePath(folder_), ignored);
         files_.commitAll();
     }
 
