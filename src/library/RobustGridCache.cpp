@@ -5,6 +5,7 @@
 #include "library/GridCache.h"
 
 #include <array>
+#include <cstddef>
 #include <type_traits>
 
 namespace quarvex {
@@ -25,7 +26,9 @@ struct Header {
     std::uint64_t blockCount = 0;
     std::uint64_t tableOffset = 0;
 };
-static_assert(std::is_trivially_copyable_v<Header>);
+static_assert(std::is_trivially_copyable_v<Header> && sizeof(Header) == 128);
+static_assert(offsetof(Header, library) == kRobustCacheFingerprintOffset &&
+              offsetof(Header, blockCount) == kRobustCacheFingerprintOffset + 88);
 static_assert(std::is_trivially_copyable_v<RobustCache::Block> && sizeof(RobustCache::Block) == 16);
 
 // The library's fingerprint and the robust file's size and modification time.
@@ -65,6 +68,15 @@ bool readExactly(std::FILE* file, void* data, std::size_t size) {
 std::filesystem::path robustCachePath(const std::filesystem::path& folder) {
     std::filesystem::path path = gridCachePath(folder);
     return path.replace_extension(kRobustCacheExtension);
+}
+
+std::optional<std::string> robustCacheFingerprint(const std::filesystem::path& folder) {
+    const std::optional<Header> header = fingerprintOf(folder);
+    if (!header) {
+        return std::nullopt;
+    }
+    const auto* bytes = reinterpret_cast<const char*>(&*header);
+    return std::string(bytes + kRobustCacheFingerprintOffset, bytes + offsetof(Header, blockCount));
 }
 
 bool writeRobustCache(const std::filesystem::path& folder) {

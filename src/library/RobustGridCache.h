@@ -24,6 +24,12 @@ inline constexpr std::uint32_t kRobustCacheVersion = 1;
 
 std::filesystem::path robustCachePath(const std::filesystem::path& folder);
 
+/// Where the fingerprint of the library files and the robust file lies in the robust cache, and
+/// its bytes for the files now in `folder` (empty when one is missing): for tools that make a
+/// cache for given files.
+inline constexpr std::size_t kRobustCacheFingerprintOffset = 24;
+std::optional<std::string> robustCacheFingerprint(const std::filesystem::path& folder);
+
 /// Writes the robust cache of the library in `folder` from its robust file, block by block as
 /// forEachLibraryBlock reads them (atomically). False, with no cache written, when the files
 /// cannot be read or the cache cannot be written, or a file changed while it was read.
