@@ -1,6 +1,5 @@
 #include "library/GridCache.h"
 
-#include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "library/CreateLibraryFile.h"
@@ -9,9 +8,7 @@
 #include "library/LibraryFileReader.h"
 
 #include <bit>
-#include <cstddef>
 #include <cstring>
-#include <type_traits>
 
 namespace quarvex {
 
