@@ -3,7 +3,7 @@
 #include "cli/BenchSupport.h"
 #include "cli/CliCommand.h"
 #include "common/WorkingFolders.h"
-#include "specdata/SpecDataManager.h"
+#include "readers/LoadSpectra.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,7 +44,7 @@ int runReadBench(const ReadBenchOptions& options, ProgramState& state) {
     for (int r = 0; r < options.repeats; ++r) {
         SPECDATA_GLOBALS specdata;
         MINERALINFO info;
-        seconds.push_back(secondsTaken([&] { READ_SPECDATA_FILE(specdata, info, path); }));
+        seconds.push_back(secondsTaken([&] { loadSpectrumFile(specdata, info, path); }));
     }
     std::filesystem::remove(path);
     std::sort(seconds.begin(), seconds.end());

@@ -2,12 +2,12 @@
 // time and peak memory of two-pass searches in a process of their own.
 #include "cli/BenchSupport.h"
 #include "cli/CliCommand.h"
+#include "cli/SpectrumLoading.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
 #include "library/GridCache.h"
 #include "library/MixtureSearch.h"
 #include "library/RobustSearch.h"
-#include "specdata/SpecDataManager.h"
 
 #include <algorithm>
 #include <array>
@@ -209,7 +209,7 @@ int runLibraryBench(const LibraryBenchOptions& options) {
 }
 
 int runSearchBench(const SearchBenchOptions& options, ProgramState& state) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.unknown);
+    const int index = loadCommandSpectrum(state, options.unknown, "");
     const std::span<const float> x = state.specdata.xValues(index);
     const std::span<const float> y = state.specdata.yValues(index);
     const std::filesystem::path folder = ramanLibraryFolder(state.quarvex.programFolder);

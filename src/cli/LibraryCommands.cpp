@@ -208,8 +208,8 @@ int runSearch(const SearchOptions& options, ProgramState& state) {
             READ_LIBRARY(ramanLibraryFolder(home), unknownX, searchedY, state.library,
                          terminalProgress(), LibraryFileReader::kDefaultBufferSize,
                          options.text ? GridSource::TextOnly : GridSource::CacheWhenValid);
-        if (!used.note.empty()) {
-            std::cerr << "Searched the library's text files: " << used.note << ".\n";
+        if (const std::string note = textFallbackNote(used); !note.empty()) {
+            std::cerr << note << '\n';
         }
     } else {
         compilation = searchLibrary(state.quarvex.programFolder, unknownX, searchedY,

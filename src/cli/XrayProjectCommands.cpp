@@ -1,8 +1,8 @@
 // quarvex-cli xray-project new|save|show: create an X-ray project from a pattern, save the
 // pattern's matched peaks into it, and show what a project holds.
 #include "cli/CliCommand.h"
+#include "cli/SpectrumLoading.h"
 #include "cli/XrayCliSupport.h"
-#include "specdata/SpecDataManager.h"
 #include "xray/XrayProjNew.h"
 #include "xray/XrayProjRead.h"
 #include "xray/XrayProjSave.h"
@@ -32,7 +32,7 @@ struct ShowOptions {
 };
 
 int runNew(const NewOptions& options, ProgramState& state) {
-    const int index = READ_SPECDATA_FILE(state.specdata, state.mineralInfo, options.pattern);
+    const int index = loadCommandSpectrum(state, options.pattern, "");
     requireTwoThetaPattern(state.specdata, index);
     state.xrayPeak.pattern = index;
     XrayPhase phase;

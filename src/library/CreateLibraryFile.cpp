@@ -7,6 +7,7 @@
 #include "common/WorkingFolders.h"
 #include "library/GridCache.h"
 #include "library/GridCacheWriter.h"
+#include "library/LibraryManifest.h"
 #include "library/RobustGridCache.h"
 #include "library/RobustLibrary.h"
 #include "processing/InterpAndNorm.h"
@@ -273,6 +274,8 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     finishInterruptedCompilation(result.folder);
     removeStaleTemporaryFiles(result.folder);
     reportProgress(progress, kCompilingStatus, 0.0);
+    // Listed before any file is read: a file changed during the pass shows as changed next time.
+    const auto listed = listReferenceFiles(result.folder);
     const std::vector<std::string> names = sortedFileNames(result.folder);
     LibraryFiles files(result.folder, beforeStep);
     // Written from the grids themselves: the same bytes as deriving it from the text files.
@@ -327,6 +330,7 @@ LibraryCompilation CREATE_SEARCH_LIB(const std::filesystem::path& home,
     if (const std::optional<LibraryFingerprint> fingerprint = libraryFingerprint(result.folder)) {
         cache.commit(*fingerprint);
     }
+    writeLibraryManifest(result.folder, listed, result.entries);
     reportProgress(progress, kCompilingStatus, 1.0);
     return result;
 }

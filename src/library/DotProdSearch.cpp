@@ -295,12 +295,21 @@ LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
     return used;
 }
 
+std::string textFallbackNote(const LibrarySearchSource& used) {
+    return used.note.empty() ? std::string()
+                             : "Searched the library's text files: " + used.note + ".";
+}
+
 std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library,
-                                                const ProgressCallback& progress) {
+                                                const ProgressCallback& progress,
+                                                LibrarySearchSource* used) {
     std::optional<LibraryCompilation> compilation = compileLibraryWhenMissing(home, progress);
-    READ_LIBRARY(ramanLibraryFolder(home), x, y, library, progress);
+    LibrarySearchSource source = READ_LIBRARY(ramanLibraryFolder(home), x, y, library, progress);
+    if (used != nullptr) {
+        *used = std::move(source);
+    }
     return compilation;
 }
 

@@ -73,6 +73,10 @@ struct LibrarySearchSource {
     std::string note; ///< why the text files were read (empty when from the cache or asked)
 };
 
+/// What the front ends tell when a search read the text files for want of a usable grid
+/// cache: "Searched the library's text files: REASON."; empty when there is no reason.
+std::string textFallbackNote(const LibrarySearchSource& used);
+
 /// Searches the unknown (x ascending, the selected area of a spectrum) against the library in
 /// `libraryFolder`: loads the entry descriptions, scores every entry on the coarse grid (step
 /// 2.0), then scores again on the fine grid (step 1.0) the first min(N, 25) entries of the coarse
@@ -91,12 +95,13 @@ LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
                                  GridSource source = GridSource::CacheWhenValid);
 
 /// A search as the user starts it: when "RamanSearchFileSlow.rsf" is missing the library of
-/// `home` is compiled first (returned), then READ_LIBRARY. A failed compilation ends in
-/// "Library File Needs To Be Compiled".
+/// `home` is compiled first (returned), then READ_LIBRARY, whose grid source goes to `used`
+/// when given. A failed compilation ends in "Library File Needs To Be Compiled".
 std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library,
-                                                const ProgressCallback& progress = {});
+                                                const ProgressCallback& progress = {},
+                                                LibrarySearchSource* used = nullptr);
 
 /// Compiles the library of `home` when "RamanSearchFileSlow.rsf" is missing (returned); a
 /// failed compilation ends in "Library File Needs To Be Compiled".

@@ -124,9 +124,10 @@ void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<c
 std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library, SearchMode mode,
-                                                const ProgressCallback& progress) {
+                                                const ProgressCallback& progress,
+                                                LibrarySearchSource* used) {
     if (mode == SearchMode::Dot) {
-        return searchLibrary(home, x, y, library, progress);
+        return searchLibrary(home, x, y, library, progress, used);
     }
     std::optional<LibraryCompilation> compilation = compileLibraryWhenMissing(home, progress);
     READ_LIBRARY_ROBUST(ramanLibraryFolder(home), x, y, library, progress);

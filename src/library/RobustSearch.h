@@ -15,6 +15,8 @@
 
 namespace quarvex {
 
+struct LibrarySearchSource;
+
 /// How a search scores the library. Dot is the dot-product search, the default.
 enum class SearchMode { Dot, Robust };
 
@@ -70,11 +72,12 @@ void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<c
                          GridSource source = GridSource::CacheWhenValid);
 
 /// A search as the user starts it, in `mode`: the library of `home` compiled first when missing
-/// (returned), then READ_LIBRARY or READ_LIBRARY_ROBUST.
+/// (returned), then READ_LIBRARY (its grid source to `used` when given) or READ_LIBRARY_ROBUST.
 std::optional<LibraryCompilation> searchLibrary(const std::filesystem::path& home,
                                                 std::span<const float> x, std::span<const float> y,
                                                 LIBRARY_GLOBALS& library, SearchMode mode,
-                                                const ProgressCallback& progress = {});
+                                                const ProgressCallback& progress = {},
+                                                LibrarySearchSource* used = nullptr);
 
 /// True when the best score of the last search is below kNoGoodMatchScore (or there is none).
 bool noGoodMatch(const LIBRARY_GLOBALS& library);

@@ -3,6 +3,7 @@
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "readers/DiffractionWavelength.h"
 #include "readers/ReaderFiles.h"
 #include "readers/XyColumns.h"
 #include "specdata/PointOrder.h"
@@ -151,23 +152,6 @@ std::optional<double> wavelengthIn(const xylib::MetaData& meta) {
     return std::nullopt;
 }
 
-// XRDML states the wavelength in an element xylib does not pass on: <kAlpha1 ...>1.54</kAlpha1>.
-std::optional<double> xrdmlWavelength(std::string_view bytes) {
-    const std::size_t element = bytes.find("<kAlpha1");
-    const std::size_t open = bytes.find('>', element);
-    const std::size_t close = bytes.find('<', open);
-    if (element == std::string_view::npos || open == std::string_view::npos ||
-        close == std::string_view::npos) {
-        return std::nullopt;
-    }
-    double value = 0.0;
-    if (readAll(trimmed(bytes.substr(open + 1, close - open - 1)), value) &&
-        value >= kMinXrayWavelength && value <= kMaxXrayWavelength) {
-        return value;
-    }
-    return std::nullopt;
-}
-
 void addMetaComments(const xylib::MetaData& meta, SpectrumRecord& record) {
     for (std::size_t k = 0; k < meta.size() && record.comments.size() < kMaxMetaComments; ++k) {
         const std::string& key = meta.get_key(k);
@@ -274,10 +258,10 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
     } catch (const std::exception& error) {
         fail(path, std::string("cannot be read as ") + info->desc + ": " + error.what());
     }
-    std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
-    if (!fileWavelength && std::string_view(format) == "xrdml") {
-        fileWavelength = xrdmlWavelength(bytes);
-    }
+    const std::optional<double> fileWavelength = wavelengthIn(dataSet->meta);
+    const std::optional<std::string> ownWavelength = wavelengthFromBytes(format, bytes);
+    // xylib passes the RAW wavelengths on rounded to six digits: the file's own field wins.
+    const bool ownWavelengthFirst = std::string_view(format) == "bruker_raw";
     std::vector<SpectrumRecord> records;
     for (int b = 0; b < dataSet->get_block_count(); ++b) {
         const xylib::Block& block = *dataSet->get_block(b);
@@ -290,10 +274,10 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
             fail(path,
                  "scan " + std::to_string(b + 1) + " holds a value that is not a finite number");
         }
-        const std::optional<double> wavelength = wavelengthIn(block.meta);
-        if (wavelength || fileWavelength) {
-            record.waveInfo = shortestText(wavelength ? *wavelength : *fileWavelength);
-        }
+        std::optional<double> keyed = wavelengthIn(block.meta);
+        keyed = keyed ? keyed : fileWavelength;
+        record.waveInfo =
+            keyed && !ownWavelengthFirst ? shortestText(*keyed) : ownWavelength.value_or("");
         record.comments.push_back(std::string("format: ") + info->desc);
         addMetaComments(dataSet->meta, record);
         addMetaComments(block.meta, record);

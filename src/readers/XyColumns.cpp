@@ -3,6 +3,7 @@
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "readers/StatedWavelength.h"
 #include "specdata/SpecDataManager.h"
 
 #include <string>
@@ -30,15 +31,17 @@ SpectrumRecord readXyColumns(std::string_view bytes, const std::filesystem::path
         if (!line.empty() && line.back() == '\r') {
             line.remove_suffix(1);
         }
-        if (isComment(line)) {
-            continue;
-        }
         float x = 0.0F;
         float y = 0.0F;
-        if (readAll(line, x, y)) {
+        if (!isComment(line) && readAll(line, x, y)) {
             record.x.push_back(x);
             record.y.push_back(y);
-        } else if (!record.x.empty()) {
+        } else if (record.x.empty()) {
+            const std::optional<double> wavelength = statedWavelength(line); // a header line
+            if (wavelength && record.waveInfo.empty()) {
+                record.waveInfo = shortestText(*wavelength);
+            }
+        } else if (!isComment(line)) {
             throw QuarvexError(path.string() + ": line " + std::to_string(lineNumber) +
                                    ": not 2-theta and counts",
                                std::string(kDataFileErrorTitle));

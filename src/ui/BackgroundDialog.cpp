@@ -4,12 +4,9 @@
 #include "ui/PreviewPlot.h"
 
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QLabel>
-#include <QPushButton>
-#include <QVBoxLayout>
 #include <qcustomplot.h>
 
 namespace quarvex::ui {
@@ -42,18 +39,7 @@ BackgroundDialog::BackgroundDialog(std::span<const float> x, std::span<const flo
     form->addRow(QStringLiteral("Half-width (SNIP, x units)"), halfWidth_);
 
     plot_ = makePreviewPlot(x, y, QStringLiteral("proposed baseline"), this);
-    message_ = new QLabel(this);
-
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Apply | QDialogButtonBox::Cancel, this);
-    connect(buttons->button(QDialogButtonBox::Apply), &QPushButton::clicked, this,
-            &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addWidget(plot_, 1);
-    layout->addWidget(message_);
-    layout->addWidget(buttons);
+    message_ = layOutPreviewDialog(*this, form, plot_).message;
 
     connect(method_, &QComboBox::currentIndexChanged, this, &BackgroundDialog::propose);
     for (QDoubleSpinBox* box : {penalty_, asymmetry_, halfWidth_}) {

@@ -23,15 +23,26 @@ CoreHooks defaultCoreHooks() {
     return hooks;
 }
 
+namespace {
+
+std::string entryCount(int entries) {
+    return std::to_string(entries) + (entries == 1 ? " entry" : " entries");
+}
+
+} // namespace
+
 std::string compilationSummary(const LibraryCompilation& compilation) {
-    std::string text = "Raman library compiled: " + std::to_string(compilation.entries) +
-                       (compilation.entries == 1 ? " entry" : " entries");
+    std::string text = "Raman library compiled: " + entryCount(compilation.entries);
     const std::size_t skipped = compilation.skipped.size();
     if (skipped > 0) {
         text += ", " + std::to_string(skipped) + (skipped == 1 ? " file" : " files") +
                 " left out (see Raman Search)";
     }
     return text;
+}
+
+std::string upToDateSummary(int entries) {
+    return "Library up to date (" + entryCount(entries) + ")";
 }
 
 } // namespace quarvex::ui

@@ -31,4 +31,8 @@ CoreHooks defaultCoreHooks();
 /// One line on a compilation for the status bar: entries, and the files left out.
 std::string compilationSummary(const LibraryCompilation& compilation);
 
+/// The status bar's line when start-up found the library as its last compilation left it:
+/// "Library up to date (N entries)".
+std::string upToDateSummary(int entries);
+
 } // namespace quarvex::ui

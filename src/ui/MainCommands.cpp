@@ -9,6 +9,7 @@
 #include "specdata/SpecDataArrange.h"
 #include "specdata/SpecDataManager.h"
 #include "ui/AboutDlgProc.h"
+#include "ui/BackgroundCompilation.h"
 #include "ui/ColumnChoiceDialog.h"
 #include "ui/Commands.h"
 #include "ui/EditSpectrumDock.h"
@@ -240,20 +241,24 @@ void MainWndProc::READ_SPECDATA_FILE(bool another) {
     openFiles(files);
 }
 
+ReadOptions MainWndProc::columnDialogOptions(const QString& path) {
+    ReadOptions read;
+    read.chooseColumns = [this, path](const std::vector<std::string>& titles) {
+        ColumnChoiceDialog dialog(QFileInfo(path).fileName(), titles, this);
+        return options_.interaction->execDialog(dialog) == QDialog::Accepted
+                   ? std::optional(dialog.choice())
+                   : std::nullopt;
+    };
+    return read;
+}
+
 int MainWndProc::openFiles(const QStringList& paths) {
     int added = 0;
     QStringList passedOver; // part of a file that was not read is never kept from the user
     for (const QString& path : paths) {
-        ReadOptions read;
-        read.chooseColumns = [&](const std::vector<std::string>& titles) {
-            ColumnChoiceDialog dialog(QFileInfo(path).fileName(), titles, this);
-            return options_.interaction->execDialog(dialog) == QDialog::Accepted
-                       ? std::optional(dialog.choice())
-                       : std::nullopt;
-        };
         try {
-            const LoadedFile loaded =
-                loadSpectrumFile(state_.specdata, state_.mineralInfo, path.toStdString(), read);
+            const LoadedFile loaded = loadSpectrumFile(
+                state_.specdata, state_.mineralInfo, path.toStdString(), columnDialogOptions(path));
             rememberRecentFile(state_.recentFiles, options_.home, path.toStdString());
             lastOpenedPath_ = path;
             added += loaded.count;
@@ -483,6 +488,7 @@ void MainWndProc::consistencyExam() {
     std::optional<ConsistencyExamResult> exam; // a failure reaches the user through dispatch
     if (!runCancellableWithProgress(this, QString::fromUtf8(kConsistencyTitle),
                                     [this, &exam](const ProgressCallback& progress) {
+                                        libraryCompilation_->wait(progress);
                                         exam = hooks_.consistencyExam(state_, progress);
                                     })) {
         statusBar()->showMessage(QStringLiteral("Consistency exam cancelled"));

@@ -4,10 +4,12 @@
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
+#include "library/LibraryManifest.h"
 #include "shell/ColourTable.h"
 #include "shell/ReferenceFile.h"
 #include "shell/StartUp.h"
 #include "specdata/SpecDataArrange.h"
+#include "ui/BackgroundCompilation.h"
 #include "ui/Commands.h"
 #include "ui/EditSpectrumDock.h"
 #include "ui/FileManagerDock.h"
@@ -65,8 +67,12 @@ MainWndProc::MainWndProc(ProgramState& state, MainWindowOptions options, QWidget
     view_ = new SpectrumView(state_, this);
     setCentralWidget(view_);
     hooks_ = defaultCoreHooks();
+    libraryCompilation_ = new BackgroundCompilation(this);
+    connect(libraryCompilation_, &BackgroundCompilation::finished, this,
+            &MainWndProc::startUpCompilationEnded);
     fileManager_ = new FileManagerDock(state_, this);
-    const ModeContext modes{state_, *view_, options_.home, options_.interaction};
+    const ModeContext modes{state_, *view_, options_.home, options_.interaction,
+                            libraryCompilation_};
     ramanSearch_ = new RamanSearchDock(modes, this);
     editSpectrum_ = new EditSpectrumDock(modes, this);
     addDockWidget(Qt::RightDockWidgetArea, fileManager_);
@@ -126,25 +132,16 @@ void MainWndProc::startUp() {
     SET_UP_FOLDERS(options_.home);
     startEditing(); // CREATE_APPEND_UNDO_FILE, RECENT_FILES
     QString compileSummary;
-    if (hooks_.compileLibraryAtStart) {
-        try {
-            std::optional<LibraryCompilation> compiled;
-            if (!runCancellableWithProgress(this, QStringLiteral("Compiling Library..."),
-                                            [this, &compiled](const ProgressCallback& progress) {
-                                                compiled =
-                                                    hooks_.compileLibraryAtStart(state_, progress);
-                                            })) {
-                compileSummary = QStringLiteral("Library compilation cancelled: the library "
-                                                "stays as it was");
-            } else if (compiled) {
-                // Files left out are told in the status bar and the Raman Search mode, not
-                // in a box at every start.
-                ramanSearch_->showCompilation(*compiled);
-                compileSummary = QString::fromStdString(compilationSummary(*compiled));
-            }
-        } catch (const QuarvexError& error) {
-            showError(error);
-        }
+    const std::optional<int> upToDate =
+        hooks_.compileLibraryAtStart ? upToDateLibraryEntries(ramanLibraryFolder(options_.home))
+                                     : std::nullopt;
+    const bool inBackground =
+        hooks_.compileLibraryAtStart && !upToDate && options_.compileLibraryInBackground;
+    if (upToDate) {
+        ramanSearch_->showUpToDate(*upToDate);
+        compileSummary = QString::fromStdString(upToDateSummary(*upToDate));
+    } else if (hooks_.compileLibraryAtStart && !inBackground) {
+        compileSummary = compileLibraryAtStart();
     }
     SET_UP_REF_FILE(1, options_.home);
     setAcceptDrops(true);
@@ -153,6 +150,59 @@ void MainWndProc::startUp() {
     view_->setFocus();
     if (!compileSummary.isEmpty()) {
         statusBar()->showMessage(compileSummary, 15000); // once the window shows
+    }
+    if (inBackground) {
+        // The hook works on a copy of the general values (folder, preferences): the window's
+        // state stays the window thread's alone.
+        auto copy = std::make_shared<ProgramState>();
+        copy->quarvex = state_.quarvex;
+        libraryCompilation_->start(
+            [hook = hooks_.compileLibraryAtStart, copy](const ProgressCallback& progress) {
+                return hook(*copy, progress);
+            });
+        statusBar()->showMessage(QString::fromUtf8(kCompilingStatus));
+    }
+}
+
+// The hook behind a progress dialog, before the window shows; the summary for the status bar.
+QString MainWndProc::compileLibraryAtStart() {
+    try {
+        std::optional<LibraryCompilation> compiled;
+        if (!runCancellableWithProgress(this, QStringLiteral("Compiling Library..."),
+                                        [this, &compiled](const ProgressCallback& progress) {
+                                            compiled =
+                                                hooks_.compileLibraryAtStart(state_, progress);
+                                        })) {
+            return QStringLiteral("Library compilation cancelled: the library stays as it was");
+        }
+        if (compiled) {
+            // Files left out are told in the status bar and the Raman Search mode, not in a box
+            // at every start.
+            ramanSearch_->showCompilation(*compiled);
+            return QString::fromStdString(compilationSummary(*compiled));
+        }
+    } catch (const QuarvexError& error) {
+        showError(error);
+    }
+    return {};
+}
+
+// A failure is told in the status bar and the Raman Search mode, not in a box: a box could
+// come up while another job's progress dialog holds the user's input back. A search started
+// next compiles a missing library again and reports as ever.
+void MainWndProc::startUpCompilationEnded() {
+    try {
+        const std::optional<LibraryCompilation> compiled = libraryCompilation_->result();
+        statusBar()->clearMessage();
+        if (compiled) {
+            ramanSearch_->showCompilation(*compiled);
+            statusBar()->showMessage(QString::fromStdString(compilationSummary(*compiled)), 15000);
+        }
+    } catch (const QuarvexError& error) {
+        const QString text = QString::fromStdString(error.text());
+        ramanSearch_->showCompilationFailure(text);
+        statusBar()->showMessage(
+            QStringLiteral("%1: %2").arg(QString::fromStdString(error.title()), text));
     }
 }
 

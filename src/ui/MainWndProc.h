@@ -2,6 +2,7 @@
 // one dispatch function from command number to operation.
 #pragma once
 
+#include "readers/ReadOptions.h"
 #include "shell/ProgramState.h"
 #include "specdata/SpectrumEdits.h"
 #include "ui/Commands.h"
@@ -24,6 +25,7 @@ class QuarvexError;
 
 namespace quarvex::ui {
 
+class BackgroundCompilation;
 class EditSpectrumDock;
 class FileManagerDock;
 class HelpWindow;
@@ -38,13 +40,19 @@ struct MainWindowOptions {
     std::filesystem::path docsFolder; ///< the Markdown documentation opened by Help
     /// Message boxes, file dialogs, modal dialogs, opening documents; null: Qt's own.
     std::shared_ptr<UserInteraction> interaction;
+    /// A library that changed since its last compilation is compiled after the window shows,
+    /// on a worker thread, instead of before (the program's interactive start; runs that take
+    /// pictures or check the start-up order compile in order).
+    bool compileLibraryInBackground = false;
 };
 
 /// Start-up is split as the window's life is: the constructor is the window's creation (menus,
 /// view, then SET_UP_RAND_BRUSHES, INI_DRAG, INI_PREF_SETUP(2)); `startUp()` runs the rest in
 /// order (CENTERWINDOW, HOLD_SPECRGN_ARRAYS, PREPARE_TOOLBAR, SET_UP_STATUS_BAR, SET_UP_FOLDERS,
 /// the library compilation hook, SET_UP_REF_FILE(1), drops accepted, shown). Closing the window
-/// is its destruction: INI_PREF_SETUP(1) and FREE_SPECDATA_POINTERS.
+/// is its destruction: INI_PREF_SETUP(1) and FREE_SPECDATA_POINTERS. The library compilation
+/// hook is skipped when the library folder is as its last compilation left it (its manifest),
+/// and runs after the window shows when `compileLibraryInBackground` is set.
 class MainWndProc : public QMainWindow {
     Q_OBJECT
 
@@ -98,6 +106,9 @@ public:
     /// The status bar's cross-hair field ("x = ..., y = ...").
     QString crosshairText() const;
 
+    /// The start-up compilation of a changed library, when it runs after the window shows.
+    const BackgroundCompilation& libraryCompilation() const { return *libraryCompilation_; }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -115,6 +126,8 @@ private:
     void HANDLE_POPUP_MENU(const QPoint& globalPos, int spectrum);
     void updateStatus();
     void updateTitle();
+    QString compileLibraryAtStart();
+    void startUpCompilationEnded();
 
     // Commands (MainCommands.cpp)
     void runCommand(int command);
@@ -147,6 +160,9 @@ private:
     void ORGANIZE_TRIMMING(int command);
     void ORGANIZE_SAVEFILE(int command);
     void EDIT_SPECDATA_FILE();
+    /// Read options that ask for the x and y columns of a delimited file of `path` in the
+    /// column dialog.
+    ReadOptions columnDialogOptions(const QString& path);
     void applySpectrumRecord(int spectrum, const SpectrumRecord& record);
     void setSpikeRemovalByHand(bool on);
     void removeSpikeAt(int spectrum, double x);
@@ -162,6 +178,7 @@ private:
     RamanSearchDock* ramanSearch_ = nullptr;
     EditSpectrumDock* editSpectrum_ = nullptr;
     XrayDiffractionDock* xray_ = nullptr;
+    BackgroundCompilation* libraryCompilation_ = nullptr;
     HelpWindow* helpWindow_ = nullptr;
     QMenu* viewPopup_ = nullptr;
     QMenu* spectrumPopup_ = nullptr;

@@ -13,6 +13,7 @@ class QWidget;
 
 namespace quarvex::ui {
 
+class BackgroundCompilation;
 class SpectrumView;
 
 /// Handed by the main window to each mode dock; it outlives the docks.
@@ -21,6 +22,8 @@ struct ModeContext {
     SpectrumView& view;
     std::filesystem::path home; ///< the program's home folder (library, working folders)
     std::shared_ptr<UserInteraction> interaction;
+    /// The start-up compilation, which every use of the library waits for; null: none.
+    const BackgroundCompilation* libraryCompilation = nullptr;
 };
 
 /// The spectrum the modes work on (0-based): the primary one, else the last loaded; -1 when

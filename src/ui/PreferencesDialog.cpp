@@ -62,6 +62,8 @@ PreferencesDialog::PreferencesDialog(const Preferences& preferences, QWidget* pa
     QFormLayout* library = group(grid, QStringLiteral("Raman search"), 1, 0);
     compileLibraryAtStart_ =
         new QCheckBox(QStringLiteral("Compile the library at every start"), this);
+    compileLibraryAtStart_->setToolTip(
+        QStringLiteral("Skipped while the library folder is as its last compilation left it"));
     searchRangeStart_ = spinBox(this, 0, 10000, QStringLiteral(" cm-1"));
     searchRangeEnd_ = spinBox(this, 1, 10000, QStringLiteral(" cm-1"));
     resultsShown_ = spinBox(this, 1, 1000);

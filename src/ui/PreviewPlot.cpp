@@ -1,5 +1,10 @@
 #include "ui/PreviewPlot.h"
 
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
 #include <qcustomplot.h>
 
 namespace quarvex::ui {
@@ -35,6 +40,23 @@ void showProposal(QCustomPlot& plot, std::span<const float> x, std::span<const f
     }
     plot.rescaleAxes();
     plot.replot();
+}
+
+PreviewControls layOutPreviewDialog(QDialog& dialog, QLayout* parameters, QCustomPlot* plot) {
+    PreviewControls controls;
+    controls.message = new QLabel(&dialog);
+    auto* buttons =
+        new QDialogButtonBox(QDialogButtonBox::Apply | QDialogButtonBox::Cancel, &dialog);
+    controls.apply = buttons->button(QDialogButtonBox::Apply);
+    QObject::connect(controls.apply, &QPushButton::clicked, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addLayout(parameters);
+    layout->addWidget(plot, 1);
+    layout->addWidget(controls.message);
+    layout->addWidget(buttons);
+    return controls;
 }
 
 } // namespace quarvex::ui

@@ -6,6 +6,10 @@
 #include <span>
 
 class QCustomPlot;
+class QDialog;
+class QLabel;
+class QLayout;
+class QPushButton;
 class QWidget;
 
 namespace quarvex::ui {
@@ -18,5 +22,15 @@ QCustomPlot* makePreviewPlot(std::span<const float> x, std::span<const float> y,
 /// Draws `values` over x as graph 1 (empty `values` clear it), fits the axes to both curves and
 /// redraws.
 void showProposal(QCustomPlot& plot, std::span<const float> x, std::span<const float> values);
+
+/// The widgets an editing dialog keeps of its preview layout.
+struct PreviewControls {
+    QLabel* message = nullptr;    ///< what the proposal is, or why it is refused
+    QPushButton* apply = nullptr; ///< accepts the dialog; greyed while the parameters are refused
+};
+
+/// Lays out an editing dialog: its parameters, the preview plot, a message line and Apply/Cancel
+/// (Apply accepts, Cancel rejects).
+PreviewControls layOutPreviewDialog(QDialog& dialog, QLayout* parameters, QCustomPlot* plot);
 
 } // namespace quarvex::ui

@@ -7,7 +7,8 @@
 #include "library/DotProdSearch.h"
 #include "library/SearchExplain.h"
 #include "processing/InterpAndNorm.h"
-#include "specdata/SpecDataManager.h"
+#include "readers/LoadSpectra.h"
+#include "ui/BackgroundCompilation.h"
 #include "ui/Commands.h"
 #include "ui/CsvExport.h"
 #include "ui/ProgressRunner.h"
@@ -278,16 +279,19 @@ void RamanSearchDock::runSearch(int mixtureComponents) {
     LIBRARY_GLOBALS found;
     std::optional<LibraryCompilation> compiled;
     std::optional<MixtureResult> mixture;
+    LibrarySearchSource used;
     const SearchMode mode = mode_->currentIndex() == 1 ? SearchMode::Robust : SearchMode::Dot;
     QElapsedTimer clock;
     clock.start();
     const bool finished = runCancellableWithProgress(
         this, QStringLiteral("Raman Search"), [&](const ProgressCallback& progress) {
+            waitForLibrary(progress);
             if (mixtureComponents > 0) {
                 mixture = searchMixture(context_.home, unknownX, unknownY, mixtureComponents, found,
                                         compiled, progress);
             } else {
-                compiled = searchLibrary(context_.home, unknownX, unknownY, found, mode, progress);
+                compiled =
+                    searchLibrary(context_.home, unknownX, unknownY, found, mode, progress, &used);
             }
         });
     if (!finished) {
@@ -312,6 +316,9 @@ void RamanSearchDock::runSearch(int mixtureComponents) {
                           .arg(xUnitFor(s.DTYPE[at(k)]))
                           .arg(run.count)
                           .arg(seconds, 0, 'f', 2));
+    if (const std::string note = textFallbackNote(used); !note.empty()) {
+        summary_->setText(summary_->text() + QLatin1Char('\n') + QString::fromStdString(note));
+    }
     dropMixture();
     mixture_ = std::move(mixture);
     fillResults();
@@ -447,7 +454,7 @@ void RamanSearchDock::overlaySelected() {
     SPECDATA_GLOBALS reference;
     MINERALINFO header;
     try {
-        READ_SPECDATA_FILE(reference, header, file);
+        loadSpectrumFile(reference, header, file); // a file of several: the first is drawn
     } catch (const QuarvexError& error) {
         details_->setText(details_->text() +
                           QStringLiteral("<br>The reference spectrum cannot be drawn: %1")
@@ -535,6 +542,7 @@ void RamanSearchDock::compileLibrary() {
     LibraryCompilation compiled;
     if (!runCancellableWithProgress(this, QStringLiteral("Compile Library"),
                                     [&](const ProgressCallback& progress) {
+                                        waitForLibrary(progress);
                                         compiled = CREATE_SEARCH_LIB(context_.home, progress);
                                     })) {
         libraryLabel_->setText(
@@ -557,6 +565,27 @@ void RamanSearchDock::showCompilation(const LibraryCompilation& compilation) {
                     .arg(skipped == 1 ? QStringLiteral("file") : QStringLiteral("files"));
     }
     libraryLabel_->setText(line);
+}
+
+void RamanSearchDock::showUpToDate(int entries) {
+    libraryLabel_->setText(
+        QStringLiteral("Library: %1 entries, unchanged since its last "
+                       "compilation, in %2")
+            .arg(entries)
+            .arg(QString::fromStdString(ramanLibraryFolder(context_.home).string())
+                     .toHtmlEscaped()));
+}
+
+void RamanSearchDock::showCompilationFailure(const QString& text) {
+    libraryLabel_->setText(
+        QStringLiteral("The library could not be compiled: %1").arg(text.toHtmlEscaped()));
+}
+
+// In a job's worker thread: the start-up compilation, if it still runs, ends first.
+void RamanSearchDock::waitForLibrary(const ProgressCallback& progress) const {
+    if (context_.libraryCompilation != nullptr) {
+        context_.libraryCompilation->wait(progress);
+    }
 }
 
 void RamanSearchDock::closeEvent(QCloseEvent* event) {

@@ -40,8 +40,10 @@ public:
     void activate();
 
     /// Searches the active spectrum over the range shown, in a worker thread behind a progress
-    /// dialog ("Compiling Library..." first when the library is missing, then "Searching
-    /// Selected Area..."). Throws QuarvexError as searchLibrary does; earlier results stay.
+    /// dialog ("Compiling Library..." first while the start-up compilation runs or when the
+    /// library is missing, then "Searching Selected Area..."). When the search had to read the
+    /// library's text files, the summary says why. Throws QuarvexError as searchLibrary does;
+    /// earlier results stay.
     void search();
 
     /// Search Residual: a mixture search of the same unknown and range with one component more
@@ -61,6 +63,12 @@ public:
 
     /// Shows what a compilation did (at start-up or from the button) in the library line.
     void showCompilation(const LibraryCompilation& compilation);
+
+    /// Start-up found the library as its last compilation left it: said in the library line.
+    void showUpToDate(int entries);
+
+    /// The start-up compilation failed with `text`: said in the library line.
+    void showCompilationFailure(const QString& text);
 
     /// The range the next search covers; nullopt when nothing is loaded.
     std::optional<XRange> searchRange() const;
@@ -83,6 +91,7 @@ protected:
 
 private:
     std::optional<XRange> defaultRange(QString& note) const;
+    void waitForLibrary(const ProgressCallback& progress) const;
     void runSearch(int mixtureComponents);
     void showMixture();
     void dropMixture();

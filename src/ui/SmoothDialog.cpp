@@ -4,13 +4,11 @@
 #include "processing/SpectrumChecks.h"
 #include "ui/PreviewPlot.h"
 
-#include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QVBoxLayout>
 #include <qcustomplot.h>
 
 #include <cmath>
@@ -43,18 +41,9 @@ SmoothDialog::SmoothDialog(std::span<const float> x, std::span<const float> y, Q
     form->addRow(QStringLiteral("Polynomial order"), order_);
 
     plot_ = makePreviewPlot(x, y, QStringLiteral("smoothed"), this);
-    message_ = new QLabel(this);
-
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Apply | QDialogButtonBox::Cancel, this);
-    apply_ = buttons->button(QDialogButtonBox::Apply);
-    connect(apply_, &QPushButton::clicked, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addWidget(plot_, 1);
-    layout->addWidget(message_);
-    layout->addWidget(buttons);
+    const PreviewControls controls = layOutPreviewDialog(*this, form, plot_);
+    message_ = controls.message;
+    apply_ = controls.apply;
 
     connect(width_, &QDoubleSpinBox::valueChanged, this, &SmoothDialog::preview);
     connect(order_, &QSpinBox::valueChanged, this, &SmoothDialog::preview);

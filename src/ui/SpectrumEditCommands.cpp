@@ -6,6 +6,8 @@
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "readers/JcampWriter.h"
+#include "readers/LoadSpectra.h"
+#include "readers/SpectrumFormats.h"
 #include "specdata/SpecDataManager.h"
 #include "specdata/SpectrumRecords.h"
 #include "ui/BackgroundDialog.h"
@@ -17,6 +19,7 @@
 #include <QFileInfo>
 #include <QStatusBar>
 
+#include <algorithm>
 #include <span>
 
 namespace quarvex::ui {
@@ -224,10 +227,16 @@ void MainWndProc::ORGANIZE_SAVEFILE(int command) {
 }
 
 // The spectrum's file in the editor; Save writes it back (atomically) and reads the spectrum
-// again. A file that no longer reads shows its message and the spectrum keeps its data.
+// again, in whatever format the file now shows (of a file of several spectra, the one of the
+// same name, else the first). A file that no longer reads shows its message and the spectrum
+// keeps its data. Binary files (SPC, diffraction scans) would not survive a text editor.
 void MainWndProc::EDIT_SPECDATA_FILE() {
     const int spectrum = targetSpectrum();
     const std::string path = state_.specdata.PATH[at(spectrum)];
+    if (readFileHead(path).find('\0') != std::string::npos) {
+        throw QuarvexError(path + " is a binary file: Edit Data File edits text files only.",
+                           "Edit Data File");
+    }
     DataFileEditor editor(qPath(path), this);
     if (!runCentred(editor)) {
         return;
@@ -243,7 +252,17 @@ void MainWndProc::EDIT_SPECDATA_FILE() {
     }
     SPECDATA_GLOBALS reread;
     MINERALINFO header;
-    const int index = quarvex::READ_SPECDATA_FILE(reread, header, path);
+    LoadedFile loaded;
+    try {
+        loaded = loadSpectrumFile(reread, header, path, columnDialogOptions(qPath(path)));
+    } catch (const ReadCancelled&) {
+        return; // the column dialog was closed: the spectrum keeps its data
+    }
+    const auto sameName =
+        std::find(reread.NAME.begin(), reread.NAME.end(), state_.specdata.NAME[at(spectrum)]);
+    const int index = sameName != reread.NAME.end()
+                          ? static_cast<int>(sameName - reread.NAME.begin())
+                          : loaded.first;
     applySpectrumRecord(spectrum, spectrumRecord(reread, index));
 }
 

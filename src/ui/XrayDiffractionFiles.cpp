@@ -5,7 +5,7 @@
 #include "common/IndexCast.h"
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
-#include "specdata/SpecDataManager.h"
+#include "readers/LoadSpectra.h"
 #include "ui/CsvExport.h"
 #include "ui/QtText.h"
 #include "ui/XrayDialogs.h"
@@ -205,7 +205,7 @@ void XrayDiffractionDock::createSpectrumFromDif() {
     const std::string title = state.diff.TITLE[at(r)].empty() ? stem : state.diff.TITLE[at(r)];
     writeTheoreticalPattern(file, pattern, title + " (theoretical)",
                             theoreticalPatternNotes(state.diff, r, settings, pattern));
-    READ_SPECDATA_FILE(state.specdata, state.mineralInfo, file);
+    loadSpectrumFile(state.specdata, state.mineralInfo, file);
     emit spectraAdded();
     emit statusMessage(QStringLiteral("Created %1: %2 points, %3 reflections")
                            .arg(QString::fromStdString(file.string()))

@@ -5,6 +5,7 @@
 #include "common/ListReader.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
+#include "readers/LoadSpectra.h"
 #include "specdata/SpecDataManager.h"
 #include "xray/KAlpha2Strip.h"
 #include "xray/Refine.h"
@@ -154,7 +155,16 @@ bool refinePhase(const XrayPhase& phase, std::span<const double> wavelengths,
 
 XrayRefineOutcome prepareXrayPhase(XrayStateGroups groups, const XrayRefineRequest& request) {
     XrayRefineOutcome outcome;
-    outcome.pattern = READ_SPECDATA_FILE(groups.specdata, groups.mineralInfo, request.pattern);
+    const LoadedFile loaded =
+        loadSpectrumFile(groups.specdata, groups.mineralInfo, request.pattern);
+    outcome.pattern = loaded.first;
+    if (const std::string read = describeLoad(loaded); !read.empty()) {
+        outcome.notes.push_back(request.pattern.string() + ": " + read);
+    }
+    if (loaded.count > 1) {
+        outcome.notes.push_back(request.pattern.string() + " holds " +
+                                std::to_string(loaded.count) + " scans: the first is used");
+    }
     requireTwoThetaPattern(groups.specdata, outcome.pattern);
     const auto p = static_cast<std::size_t>(outcome.pattern);
     const std::string patternName = groups.specdata.NAME[p];

@@ -112,7 +112,8 @@ struct XrayRefineOutcome {
     bool refined = false;            ///< REFINEMAIN produced results (refinement only)
 };
 
-/// Loads the pattern and the reference, finds and fits the pattern's peaks, and matches them:
+/// Loads the pattern (in any spectrum format, loadSpectrumFile; the first scan of a file of
+/// several) and the reference, finds and fits the pattern's peaks, and matches them:
 /// on success the phase made from the reference, with its peaks and assignments, is the only
 /// phase of `xrayPeak`, whose wavelengths and pattern are set too. Throws QuarvexError when a
 /// file cannot be read, the crystal system is unknown, the reference has no reflections, no

@@ -2,6 +2,7 @@
 // test files hold (see tests/readers/data/README.md), --columns picks columns, and process
 // saves JCAMP-DX that reads back.
 #include "TestSupport.h"
+#include "readers/ReaderTestTables.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -53,6 +54,56 @@ TEST(ReadersCli, InfoReportsFormatAndValues) {
         EXPECT_NEAR(row.yMax, s["y_max"].get<double>(), 1e-5) << k;
     }
     EXPECT_EQ("532 nm", spectra[1]["wave_info"].get<std::string>());
+}
+
+// info --json over every SPC and diffraction test file gives the values their scripts stored
+// beside them (spc/expected.tsv, diffraction/expected.tsv), in the order the rows list them.
+TEST(ReadersCli, InfoReportsTheStoredValuesOfEveryBinaryAndDiffractionFile) {
+    struct Table {
+        const char* folder;
+        const char* format;
+        std::size_t points; // the columns of the row: points, first and last x, least and most y
+        std::size_t name;
+        std::size_t dtype;    // 0: "XRD" for every row
+        std::size_t waveInfo; // 0: empty for every row
+    };
+    const Table tables[] = {{"spc", "SPC", 2, 8, 7, 0}, {"diffraction", "diffraction", 1, 0, 0, 6}};
+    const test::TempFolder home;
+    for (const Table& table : tables) {
+        const auto folder = test::sourcePath("tests/readers/data") / table.folder;
+        const auto rows = test::tableRows(folder / "expected.tsv");
+        std::string files;
+        std::string previous;
+        for (const auto& row : rows) {
+            const std::string file = row[0].substr(0, row[0].find(" #"));
+            if (file != previous) {
+                files += " '" + (folder / file).string() + "'";
+                previous = file;
+            }
+        }
+        const auto run = test::runProgram(cli(home) + "info --json" + files);
+        ASSERT_EQ(0, run.status) << run.err;
+        const auto spectra = nlohmann::json::parse(run.out)["spectra"];
+        ASSERT_EQ(rows.size(), spectra.size()) << table.folder;
+        for (std::size_t k = 0; k < rows.size(); ++k) {
+            const auto& row = rows[k];
+            const auto& s = spectra[k];
+            const std::string what = std::string(table.folder) + " row " + std::to_string(k + 1);
+            EXPECT_EQ(table.format, s["format"].get<std::string>()) << what;
+            EXPECT_EQ(row[table.name], s["name"].get<std::string>()) << what;
+            EXPECT_EQ(std::stoi(row[table.points]), s["numdata"].get<int>()) << what;
+            const char* keys[] = {"x_first", "x_last", "y_min", "y_max"};
+            for (std::size_t c = 0; c < 4; ++c) {
+                test::expectNear(s[keys[c]].get<float>(), row[table.points + 1 + c],
+                                 what + " " + keys[c]);
+            }
+            EXPECT_EQ(table.dtype == 0 ? "XRD" : row[table.dtype], s["dtype"].get<std::string>())
+                << what;
+            EXPECT_EQ(table.waveInfo == 0 ? "" : row[table.waveInfo],
+                      s["wave_info"].get<std::string>())
+                << what;
+        }
+    }
 }
 
 TEST(ReadersCli, UnknownFilesAndBadColumnsSaySo) {

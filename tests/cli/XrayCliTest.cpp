@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <sstream>
 #include <string>
 
 namespace quarvex {
@@ -153,6 +154,41 @@ TEST(XrayCli, XrayRefineTakesACif) {
     EXPECT_NEAR(cifJson["machine_error"].get<double>(), outJson["machine_error"].get<double>(),
                 1e-6);
     EXPECT_NEAR(cifJson["cell"][0].get<double>(), 4.91239, 4.91239 * 2e-4);
+}
+
+// A pattern in another format (.xy; CSV with a header row, semicolons and decimal commas, which
+// the program's own reader cannot read) goes through the readers' entry point and refines to the
+// same cell as the same points in the program's own text.
+TEST(XrayCli, XrayRefineReadsPatternsInOtherFormats) {
+    test::TempFolder home;
+    const std::string text = test::readFile(test::sourcePath("examples/quartz_pattern.txt"));
+    std::string xy = "# 2theta counts\n";
+    std::string csv = "2theta (deg);counts\n";
+    std::istringstream lines(text.substr(text.find("</COM>\n") + 7));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t comma = line.find(", ");
+        ASSERT_NE(comma, std::string::npos) << line;
+        xy += line.substr(0, comma) + ' ' + line.substr(comma + 2) + '\n';
+        std::string twoTheta = line.substr(0, comma);
+        twoTheta[twoTheta.find('.')] = ',';
+        csv += twoTheta + ';' + line.substr(comma + 2) + '\n';
+    }
+    const auto refine = [&](const std::filesystem::path& pattern) {
+        const auto run = cli(home, "xray-refine --json --wave 1.540562 " + quoted(pattern) + " " +
+                                       reference("Quartz.out"));
+        EXPECT_EQ(run.status, 0) << pattern << ": " << run.err;
+        return run.status == 0 ? nlohmann::json::parse(run.out) : nlohmann::json();
+    };
+    const auto fromText = refine(home.write("quartz.txt", text));
+    ASSERT_FALSE(fromText.is_null());
+    for (const auto& pattern : {home.write("quartz.xy", xy), home.write("quartz.csv", csv)}) {
+        const auto json = refine(pattern);
+        ASSERT_FALSE(json.is_null()) << pattern;
+        EXPECT_EQ(json["matches"].size(), fromText["matches"].size()) << pattern;
+        for (std::size_t i = 0; i < 6; ++i) {
+            EXPECT_EQ(json["cell"][i], fromText["cell"][i]) << pattern << " cell parameter " << i;
+        }
+    }
 }
 
 } // namespace

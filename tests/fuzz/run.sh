@@ -5,6 +5,9 @@
 # Targets: the names in tests/fuzz/CMakeLists.txt (spectrum, spc, jcamp, ...). New inputs go to
 # build-fuzz/campaign/TARGET (never into the committed corpus); crashes to
 # build-fuzz/findings/TARGET. Needs clang and libFuzzer: QUARVEX_FUZZ=ON ./setup.sh installs them.
+#   QUARVEX_FUZZ_TIMEOUT  seconds one input may take (default 10); raise it for a campaign that
+#                         shares the machine, where a starved input is not a hang
+#   QUARVEX_FUZZ_RUNS     stop after this many executions (default 10,000,000)
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -40,5 +43,6 @@ fi
 campaign=$build/campaign/$target
 findings=$build/findings/$target
 mkdir -p "$campaign" "$findings"
-exec "$fuzzer" -max_total_time="$second" -max_len=65536 -timeout=10 -rss_limit_mb=2048 \
+exec "$fuzzer" -max_total_time="$second" -runs="${QUARVEX_FUZZ_RUNS:-10000000}" -max_len=65536 \
+    -timeout="${QUARVEX_FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 \
     -print_final_stats=1 -artifact_prefix="$findings/" "$campaign" "$corpus"

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <map>
 #include <sys/stat.h>
 
 namespace quarvex {
@@ -21,15 +22,27 @@ const std::filesystem::path& scans() {
     return folder;
 }
 
+// The file of a row's name: "FILE #N" names scan N of a file of several.
+std::filesystem::path fileOf(const std::string& name) {
+    return scans() / name.substr(0, name.find(" #"));
+}
+
 void expectStoredValues() {
     const auto rows = test::tableRows(scans() / "expected.tsv");
-    ASSERT_GE(rows.size(), 10U);
+    ASSERT_GE(rows.size(), 16U);
+    std::map<std::filesystem::path, std::size_t> scansPerFile;
     for (const auto& row : rows) {
-        ASSERT_EQ(row.size(), 7U);
+        ++scansPerFile[fileOf(row[0])];
+    }
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 8U);
         const std::string& what = row[0];
-        const auto records = readDiffractionFile(scans() / row[0]);
-        ASSERT_EQ(records.size(), 1U) << what;
-        const SpectrumRecord& record = records[0];
+        const auto records = readDiffractionFile(fileOf(what));
+        ASSERT_EQ(records.size(), scansPerFile[fileOf(what)]) << what;
+        const auto match = std::find_if(records.begin(), records.end(),
+                                        [&](const SpectrumRecord& r) { return r.name == what; });
+        ASSERT_NE(match, records.end()) << what;
+        const SpectrumRecord& record = *match;
         ASSERT_EQ(record.x.size(), static_cast<std::size_t>(std::stoi(row[1]))) << what;
         ASSERT_EQ(record.y.size(), record.x.size()) << what;
         test::expectNear(record.x.front(), row[2], what + " first 2-theta");
@@ -39,7 +52,11 @@ void expectStoredValues() {
         test::expectNear(*yMax, row[5], what + " largest count");
         EXPECT_EQ(record.dtype, "XRD") << what;
         EXPECT_EQ(record.waveInfo, row[6]) << what;
-        EXPECT_EQ(record.name, row[0]) << what;
+        if (!row[7].empty()) {
+            EXPECT_NE(std::find(record.comments.begin(), record.comments.end(), row[7]),
+                      record.comments.end())
+                << what << ": no comment line \"" << row[7] << '"';
+        }
     }
 }
 
@@ -108,6 +125,75 @@ TEST(DiffractionReader, BadFilesGiveAMessage) {
         } catch (const QuarvexError& error) {
             EXPECT_NE(error.text().find(c.message), std::string::npos)
                 << c.name << ": " << error.text();
+        }
+    }
+}
+
+// A binary file cut anywhere in its header or data, or whose counts promise more than it holds,
+// is refused with xylib's "unexpected eof", never read in part.
+TEST(DiffractionReader, CutBinaryFilesAreRefused) {
+    struct Case {
+        std::string name;
+        std::size_t length;      // the file is cut to this many bytes ...
+        std::size_t patchAt = 0; // ... or keeps its length with these bytes written here
+        std::string patch = {};
+    };
+    const auto u32 = [](std::uint32_t value) {
+        std::string bytes(4, '\0');
+        for (std::size_t k = 0; k < 4; ++k) {
+            bytes[k] = static_cast<char>((value >> (8 * k)) & 0xFFU);
+        }
+        return bytes;
+    };
+    // The layouts (make_diffraction.py): version 1: 152 header bytes after "RAW ", 100 counts,
+    // "RAW " and the second range from 556; version 2: 256 + 64 header bytes; version 3: 712 +
+    // 304, the second range from 1616; Philips RD: 250 header bytes, end 2-theta at 230.
+    const std::vector<Case> cases = {
+        {"scan_v1.raw", 4},
+        {"scan_v1.raw", 40},
+        {"scan_v1.raw", 155},
+        {"scan_v1.raw", 156},
+        {"scan_v1.raw", 555},
+        {"scan_v1.raw", 556},
+        {"scan_v2.raw", 5},
+        {"scan_v2.raw", 200},
+        {"scan_v2.raw", 319},
+        {"scan_v2.raw", 320},
+        {"scan_v2.raw", 679},
+        {"scan_v3.raw", 7},
+        {"scan_v3.raw", 400},
+        {"scan_v3.raw", 712},
+        {"scan_v3.raw", 1015},
+        {"scan_v3.raw", 1200},
+        {"scan_v3.raw", 1616},
+        {"scan.rd", 4},
+        {"scan.rd", 214},
+        {"scan.rd", 249},
+        {"scan.rd", 505},
+        {"scan_v1.raw", 0, 4, u32(100000)},                          // steps of the first range
+        {"scan_v2.raw", 0, 4, std::string("\x02", 1)},               // ranges
+        {"scan_v3.raw", 0, 12, u32(3)},                              // ranges
+        {"scan_v3.raw", 0, 716, u32(0x7FFFFFFF)},                    // steps of the first range
+        {"scan.rd", 0, 230, std::string("\0\0\0\0\0\0\x59\x40", 8)}, // end 2-theta 100
+    };
+    test::TempFolder folder;
+    for (const Case& c : cases) {
+        std::string content = test::readFile(scans() / c.name);
+        std::string what = c.name;
+        if (c.patch.empty()) {
+            ASSERT_LT(c.length, content.size()) << c.name;
+            content.resize(c.length);
+            what += " cut to " + std::to_string(c.length) + " bytes";
+        } else {
+            content.replace(c.patchAt, c.patch.size(), c.patch);
+            what += " with a count at " + std::to_string(c.patchAt) + " beyond the file";
+        }
+        try {
+            readDiffractionFile(folder.write(c.name, content));
+            ADD_FAILURE() << what << " was read";
+        } catch (const QuarvexError& error) {
+            EXPECT_NE(error.text().find("unexpected eof"), std::string::npos)
+                << what << ": " << error.text();
         }
     }
 }

@@ -292,6 +292,40 @@ void SpectrumEditingTest::editDataFileReadsTheSpectrumAgainOrKeepsIt() {
     QVERIFY(sameSpectrum(spectrumRecord(fixture.state.specdata, 0), original));
 }
 
+// A delimited file is read again as delimited text (the program's own reader finds no points in
+// "100,5;1,25"); a binary file never reaches the text editor, and stays as it was.
+void SpectrumEditingTest::editDataFileRereadsOtherFormatsAndRefusesBinaryFiles() {
+    WindowFixture fixture;
+    const auto delimited = fixture.home.path() / "decimal_comma.txt";
+    std::filesystem::copy_file(sourcePath("tests/readers/data/semicolon_decimal_comma.txt"),
+                               delimited);
+    const auto binary = fixture.home.path() / "scan.spc";
+    std::filesystem::copy_file(sourcePath("tests/readers/data/spc/new_float.spc"), binary);
+    fixture.window->openFiles(
+        {QString::fromStdString(delimited.string()), QString::fromStdString(binary.string())});
+    QCOMPARE(fixture.state.specdata.count(), 2);
+    int editorsShown = 0;
+    fixture.interaction->onDialog = [&](QDialog& dialog) {
+        ++editorsShown;
+        auto& editor = dynamic_cast<ui::DataFileEditor&>(dialog);
+        editor.editor()->setPlainText(editor.text().replace("200,5;-3,5", "200,5;7,75"));
+        return int{QDialog::Accepted};
+    };
+    fixture.window->setTargetSpectrum(0);
+    QCOMPARE(fixture.window->dispatch(ui::kCmdEditDataFile), ui::DispatchResult::Done);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{0});
+    QCOMPARE(fixture.state.specdata.NUMDATA[0], 3);
+    QCOMPARE(fixture.state.specdata.yValues(0)[1], 7.75F);
+
+    const std::string spcBefore = readFile(binary);
+    fixture.window->setTargetSpectrum(1);
+    QCOMPARE(fixture.window->dispatch(ui::kCmdEditDataFile), ui::DispatchResult::Done);
+    QCOMPARE(editorsShown, 1);
+    QCOMPARE(fixture.interaction->errors.size(), std::size_t{1});
+    QVERIFY(fixture.interaction->errors[0].text.contains("binary file"));
+    QCOMPARE(readFile(binary), spcBefore);
+}
+
 void SpectrumEditingTest::recentFilesListOpenedFilesAndDropAMissingOne() {
     WindowFixture fixture;
     const auto copy = fixture.home.path() / "copy.txt";

@@ -17,6 +17,7 @@ private slots:
     void smoothingDialogPreviewsTheCurveBeforeApply();
     void saveAsWritesWhatReadsBackAndSaveAsksBeforeOverwriting();
     void editDataFileReadsTheSpectrumAgainOrKeepsIt();
+    void editDataFileRereadsOtherFormatsAndRefusesBinaryFiles();
     void recentFilesListOpenedFilesAndDropAMissingOne();
 };
 

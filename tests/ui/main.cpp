@@ -2,6 +2,7 @@
 #include "DisplayTest.h"
 #include "EditSpectrumTest.h"
 #include "FileFormatsTest.h"
+#include "LibraryStartUpTest.h"
 #include "MenuTest.h"
 #include "RamanSearchTest.h"
 #include "SpectrumEditingTest.h"
@@ -30,5 +31,7 @@ int main(int argc, char** argv) {
     failures += QTest::qExec(&fileFormats, argc, argv);
     quarvex::test::DisplayTest display;
     failures += QTest::qExec(&display, argc, argv);
+    quarvex::test::LibraryStartUpTest libraryStartUp;
+    failures += QTest::qExec(&libraryStartUp, argc, argv);
     return failures == 0 ? 0 : 1;
 }
