@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <vector>
 
 namespace quarvex::cli {
 
@@ -14,5 +16,22 @@ template <class Work> double secondsTaken(Work&& work) {
 
 /// Peak resident memory of this process so far, in megabytes.
 double peakMemoryMegabytes();
+
+/// What a child process took.
+struct ProcessFigures {
+    int status = 1;          ///< exit status (1 when it could not be started or was killed)
+    double seconds = 0.0;    ///< wall clock, from start to exit
+    double cpuSeconds = 0.0; ///< user + system time of the child
+    double peakMegabytes = 0.0;
+};
+
+/// Runs `program` with `arguments` and waits for it; its standard output goes to `output` when
+/// given (e.g. "/dev/null").
+ProcessFigures runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                          const std::string& output = {});
+
+/// Runs this program (quarvex-cli) again with `arguments`: a fresh process, whose figures are
+/// its own.
+ProcessFigures runSelf(const std::vector<std::string>& arguments, const std::string& output = {});
 
 } // namespace quarvex::cli

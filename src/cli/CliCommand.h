@@ -48,5 +48,7 @@ CliCommand addProcessBenchCommand(CLI::App& app);
 CliCommand addCsvBenchCommand(CLI::App& app);
 /// Adds `bench library` and `bench search` to the bench group (addBenchCommands first).
 std::vector<CliCommand> addLibraryBenchCommands(CLI::App& app);
+/// Adds `bench consistency` and `bench baseline` to the bench group (addBenchCommands first).
+std::vector<CliCommand> addConsistencyBenchCommands(CLI::App& app);
 
 } // namespace quarvex::cli

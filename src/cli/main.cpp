@@ -45,6 +45,9 @@ int main(int argc, char** argv) {
     for (CliCommand& bench : addLibraryBenchCommands(app)) {
         commands.push_back(std::move(bench));
     }
+    for (CliCommand& bench : addConsistencyBenchCommands(app)) {
+        commands.push_back(std::move(bench));
+    }
     commands.push_back(addProcessBenchCommand(app));
     commands.push_back(addCsvBenchCommand(app));
 

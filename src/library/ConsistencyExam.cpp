@@ -5,21 +5,34 @@
 #include "common/TextUtils.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/LibraryGrids.h"
 #include "specdata/SpecDataManager.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <ctime>
+#include <exception>
+#include <mutex>
+#include <thread>
 
 namespace quarvex {
 
 namespace {
 
-// Searches the entry's own reference file and records where the entry and its closest rival
-// stand; `library` keeps the descriptions between searches.
+// One thread's scores and ranking of the search of one entry's spectrum.
+struct SearchScratch {
+    std::vector<double> scores;
+    std::vector<int> ranking;
+};
+
+// Searches the entry's own reference file against the library held in memory, exactly as
+// READ_LIBRARY would, and records where the entry and its closest rival stand.
 void examineEntry(const std::filesystem::path& folder, ExaminedEntry& exam,
-                  LIBRARY_GLOBALS& library) {
+                  const LibraryGrids& grids, const std::vector<std::string>& names,
+                  SearchScratch& search) {
     if (isNotASpectrumFile(exam.fileName)) {
         exam.problem = "not a spectrum: a report file in the library folder takes a name-list "
                        "line but no entry, so the entries that follow are listed one line late";
@@ -31,24 +44,100 @@ void examineEntry(const std::filesystem::path& folder, ExaminedEntry& exam,
             exam.problem = "no data lines";
             return;
         }
-        READ_LIBRARY(folder, spectrum.x, spectrum.y, library);
+        search.scores.assign(names.size(), 0.0);
+        scoreLibraryGrids(grids, names, unknownOnSearchGrids(spectrum.x, spectrum.y), search.scores,
+                          search.ranking);
     } catch (const QuarvexError& error) {
         exam.problem = error.text();
         return;
     }
     const auto own = static_cast<std::size_t>(exam.entry - 1);
-    exam.selfScore = library.PERC_MATCH[own];
-    const std::vector<int>& ranking = library.MI_SORTINDEXPERCENTS;
-    for (std::size_t r = 0; r < ranking.size(); ++r) {
-        const auto k = static_cast<std::size_t>(ranking[r]);
+    exam.selfScore = search.scores[own];
+    for (std::size_t r = 0; r < search.ranking.size(); ++r) {
+        const auto k = static_cast<std::size_t>(search.ranking[r]);
         if (k == own) {
             exam.rank = static_cast<int>(r) + 1;
         } else if (exam.closest == 0) {
             exam.closest = static_cast<int>(k) + 1;
-            exam.closestScore = library.PERC_MATCH[k];
+            exam.closestScore = search.scores[k];
         }
     }
 }
+
+// Examines every entry on `workers` threads while the calling thread reports progress after
+// each entry examined: a GUI's callback need not be thread-safe. When the callback throws (a
+// cancel), the workers stop after their current entry and the exception goes on once they have.
+class ParallelExam {
+public:
+    ParallelExam(const std::filesystem::path& folder, std::vector<ExaminedEntry>& entries,
+                 const LibraryGrids& grids, const std::vector<std::string>& names)
+        : folder_(folder), entries_(entries), grids_(grids), names_(names) {}
+
+    void run(const ProgressCallback& progress, unsigned workers) {
+        {
+            std::vector<std::jthread> threads;
+            for (unsigned w = 0; w < workers; ++w) {
+                threads.emplace_back([this] { work(); });
+            }
+            try {
+                reportUntilDone(progress, workers);
+            } catch (...) {
+                stop_ = true;
+                throw; // after the threads joined
+            }
+        }
+        if (failure_) {
+            std::rethrow_exception(failure_);
+        }
+    }
+
+private:
+    void work() {
+        try {
+            SearchScratch search;
+            for (std::size_t k = 0; !stop_ && (k = next_++) < entries_.size();) {
+                examineEntry(folder_, entries_[k], grids_, names_, search);
+                const std::lock_guard lock(guard_);
+                ++done_;
+                changed_.notify_one();
+            }
+        } catch (...) {
+            stop_ = true;
+            const std::lock_guard lock(guard_);
+            if (!failure_) {
+                failure_ = std::current_exception();
+            }
+        }
+        const std::lock_guard lock(guard_);
+        ++finishedWorkers_;
+        changed_.notify_one();
+    }
+
+    void reportUntilDone(const ProgressCallback& progress, unsigned workers) {
+        std::size_t reported = 0;
+        std::unique_lock lock(guard_);
+        while (finishedWorkers_ < workers) {
+            changed_.wait(lock, [&] { return done_ != reported || finishedWorkers_ == workers; });
+            reported = done_;
+            lock.unlock();
+            reportProgress(progress, kConsistencyStatus,
+                           static_cast<double>(reported) / static_cast<double>(entries_.size()));
+            lock.lock();
+        }
+    }
+
+    const std::filesystem::path& folder_;
+    std::vector<ExaminedEntry>& entries_;
+    const LibraryGrids& grids_;
+    const std::vector<std::string>& names_;
+    std::atomic<std::size_t> next_{0};
+    std::atomic<bool> stop_{false};
+    std::mutex guard_;
+    std::condition_variable changed_;
+    std::size_t done_ = 0;
+    unsigned finishedWorkers_ = 0;
+    std::exception_ptr failure_;
+};
 
 std::string formatted(const char* format, double value) {
     std::array<char, 32> text{};
@@ -164,13 +253,13 @@ std::string ConsistencyExamResult::summary() const {
 }
 
 ConsistencyExamResult runConsistencyExam(const std::filesystem::path& home,
-                                         const ProgressCallback& progress) {
+                                         const ProgressCallback& progress, unsigned workers) {
     ConsistencyExamResult result;
     result.compilation = compileLibraryWhenMissing(home, progress);
     result.libraryFolder = ramanLibraryFolder(home);
     result.report = home / kSearchRecordsFolder / kConsistencyReportFile;
 
-    LIBRARY_GLOBALS library = loadLibraryEntries(result.libraryFolder);
+    const LIBRARY_GLOBALS library = loadLibraryEntries(result.libraryFolder);
     if (library.count() == 0) {
         throw QuarvexError("The Raman library in " + result.libraryFolder.string() +
                                " is empty: there is nothing to examine.",
@@ -184,11 +273,13 @@ ConsistencyExamResult runConsistencyExam(const std::filesystem::path& home,
         result.entries[k].names = library.MINAMES[k];
     }
     reportProgress(progress, kConsistencyStatus, 0.0);
-    for (std::size_t k = 0; k < count; ++k) {
-        examineEntry(result.libraryFolder, result.entries[k], library);
-        reportProgress(progress, kConsistencyStatus,
-                       static_cast<double>(k + 1) / static_cast<double>(count));
+    const LibraryGrids grids = LibraryGrids::load(result.libraryFolder);
+    if (workers == 0) {
+        workers = std::max(1U, std::thread::hardware_concurrency());
     }
+    ParallelExam(result.libraryFolder, result.entries, grids, library.MI_FILENAMES)
+        .run(progress, workers);
+    reportProgress(progress, kConsistencyStatus, 1.0);
     writeReport(result);
     return result;
 }

@@ -61,12 +61,15 @@ struct ConsistencyExamResult {
 
 /// Examines the library of `home` (compiled first when "RamanSearchFileSlow.rsf" is missing):
 /// for every name-list line the reference file of that name is read from the library folder and
-/// its whole range searched with READ_LIBRARY; its own score and rank and the best other entry
-/// are recorded. Writes the report (through a temporary file) to
-/// "SearchRecords/ConsistencyReport.txt". Takes one search per entry. Progress: "Running
-/// Consistency Exam...". Throws QuarvexError: "Library File Needs To Be Compiled", an empty
-/// library, or a report that cannot be written (title "Raman Library").
+/// its whole range searched as READ_LIBRARY searches it; its own score and rank and the best
+/// other entry are recorded. Writes the report (through a temporary file) to
+/// "SearchRecords/ConsistencyReport.txt". The library's grids are held in memory once (see
+/// LibraryGrids) and the entries searched on `workers` threads (0: one per core), with the
+/// scores of separate searches bit for bit. Progress: "Running Consistency Exam...", reported
+/// from the calling thread only. Throws QuarvexError: "Library File Needs To Be Compiled", an
+/// empty library, or a report that cannot be written (title "Raman Library").
 ConsistencyExamResult runConsistencyExam(const std::filesystem::path& home,
-                                         const ProgressCallback& progress = {});
+                                         const ProgressCallback& progress = {},
+                                         unsigned workers = 0);
 
 } // namespace quarvex

@@ -4,6 +4,7 @@
 
 #include "common/Progress.h"
 #include "common/StagedFiles.h"
+#include "processing/InterpAndNorm.h"
 
 #include <filesystem>
 #include <ostream>
@@ -97,6 +98,8 @@ struct PreparedEntry {
     std::string slow;
     std::string fast;
     std::string nameInfo;
+    InterpData fineGrid; ///< the grid the Slow entry was written from (the grid cache's)
+    InterpData coarseGrid;
 };
 
 /// The entry of the reference file `fileName` of `folder`, written to no file (safe to call from

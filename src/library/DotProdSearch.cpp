@@ -7,6 +7,7 @@
 #include "common/WorkingFolders.h"
 #include "library/GridCache.h"
 #include "library/LibraryFileReader.h"
+#include "library/LibraryGrids.h"
 #include "library/MatchScore.h"
 
 #include <algorithm>
@@ -91,13 +92,12 @@ void scorePass(const std::filesystem::path& path, const InterpData& unknown,
 }
 
 // The names of the first min(N, 25) entries of the coarse ranking: the fine pass's candidates.
-std::vector<std::string_view> fineCandidates(const LIBRARY_GLOBALS& library) {
-    const std::size_t count =
-        std::min<std::size_t>(library.MI_FILENAMES.size(), kFinePassCandidates);
+std::vector<std::string_view> fineCandidates(const std::vector<std::string>& names,
+                                             const std::vector<int>& ranking) {
+    const std::size_t count = std::min<std::size_t>(names.size(), kFinePassCandidates);
     std::vector<std::string_view> candidates;
     for (std::size_t r = 0; r < count; ++r) {
-        candidates.emplace_back(
-            library.MI_FILENAMES[static_cast<std::size_t>(library.MI_SORTINDEXPERCENTS[r])]);
+        candidates.emplace_back(names[static_cast<std::size_t>(ranking[r])]);
     }
     return candidates;
 }
@@ -108,22 +108,24 @@ void searchText(const std::filesystem::path& folder, const std::array<InterpData
     scorePass(folder / kFastLibraryFile, unknowns[0], result.PERC_MATCH, nullptr, progress, 0.0,
               kCoarseShare, bufferSize);
     SORT_PERCENTS(result);
-    const std::vector<std::string_view> candidates = fineCandidates(result);
+    const std::vector<std::string_view> candidates =
+        fineCandidates(result.MI_FILENAMES, result.MI_SORTINDEXPERCENTS);
     scorePass(folder / kSlowLibraryFile, unknowns[1], result.PERC_MATCH, &candidates, progress,
               kCoarseShare, 1.0, bufferSize);
     SORT_PERCENTS(result);
 }
 
-// One pass over a grid of the cache, with the entries and scores of the text pass; false when
-// an entry could not be read.
-bool scoreCachedPass(GridCache& cache, CacheGrid grid, const InterpData& unknown,
-                     std::vector<double>& scores, const std::vector<std::string_view>* candidates,
+// One pass over a grid of the cache (`grids`, whose entry k `entryOf(k)` gives), with the
+// entries and scores of the text pass; false when an entry could not be read.
+template <typename Grids, typename EntryOf>
+bool scoreCachedPass(const Grids& grids, CacheGrid grid, EntryOf&& entryOf,
+                     const InterpData& unknown, std::vector<double>& scores,
+                     const std::vector<std::string_view>* candidates,
                      const ProgressCallback& progress, double progressFrom, double progressTo) {
-    const std::size_t entries = std::min(cache.count(grid), scores.size());
-    std::vector<float> values;
+    const std::size_t entries = std::min(grids.count(grid), scores.size());
     for (std::size_t k = 0; k < entries; ++k) {
-        if (candidates == nullptr || isCandidate(*candidates, cache.fineName(k))) {
-            const std::optional<CachedGridEntry> entry = cache.read(grid, k, values);
+        if (candidates == nullptr || isCandidate(*candidates, grids.fineName(k))) {
+            const std::optional<CachedGridEntry> entry = entryOf(grid, k);
             if (!entry) {
                 return false;
             }
@@ -138,20 +140,38 @@ bool scoreCachedPass(GridCache& cache, CacheGrid grid, const InterpData& unknown
     return true;
 }
 
-// Both passes over the grid cache; false when it could not be read to its end.
-bool searchCache(GridCache& cache, const std::array<InterpData, 2>& unknowns,
-                 LIBRARY_GLOBALS& result, const ProgressCallback& progress) {
-    if (!scoreCachedPass(cache, CacheGrid::Coarse, unknowns[0], result.PERC_MATCH, nullptr,
-                         progress, 0.0, kCoarseShare)) {
+// Both passes over the grids of the cache: `scores` and their `ranking`; false when an entry
+// could not be read.
+template <typename Grids, typename EntryOf>
+bool searchGrids(const Grids& grids, EntryOf&& entryOf, const std::array<InterpData, 2>& unknowns,
+                 const std::vector<std::string>& names, std::vector<double>& scores,
+                 std::vector<int>& ranking, const ProgressCallback& progress) {
+    if (!scoreCachedPass(grids, CacheGrid::Coarse, entryOf, unknowns[0], scores, nullptr, progress,
+                         0.0, kCoarseShare)) {
         return false;
     }
-    SORT_PERCENTS(result);
-    const std::vector<std::string_view> candidates = fineCandidates(result);
-    if (!scoreCachedPass(cache, CacheGrid::Fine, unknowns[1], result.PERC_MATCH, &candidates,
+    ranking = rankingOf(scores);
+    const std::vector<std::string_view> candidates = fineCandidates(names, ranking);
+    if (!scoreCachedPass(grids, CacheGrid::Fine, entryOf, unknowns[1], scores, &candidates,
                          progress, kCoarseShare, 1.0)) {
         return false;
     }
-    SORT_PERCENTS(result);
+    ranking = rankingOf(scores);
+    return true;
+}
+
+// Both passes over the grid cache; false when it could not be read to its end.
+bool searchCache(GridCache& cache, const std::array<InterpData, 2>& unknowns,
+                 LIBRARY_GLOBALS& result, const ProgressCallback& progress) {
+    std::vector<float> values;
+    std::vector<int> ranking;
+    const auto read = [&](CacheGrid grid, std::size_t k) { return cache.read(grid, k, values); };
+    if (!searchGrids(cache, read, unknowns, result.MI_FILENAMES, result.PERC_MATCH, ranking,
+                     progress)) {
+        return false;
+    }
+    result.MI_SORTINDEXPERCENTS = ranking;
+    result.MI_SORTINDEX = std::move(ranking);
     return true;
 }
 
@@ -201,8 +221,26 @@ double FIND_MATCH(LibraryFileReader& file, const InterpData& INTERP_DATA, int NI
     return matchScore(readPair, INTERP_DATA, NINT);
 }
 
+std::array<InterpData, 2> unknownOnSearchGrids(std::span<const float> x, std::span<const float> y) {
+    return {unknownOnGrid(x, y, kCoarseStep), unknownOnGrid(x, y, kFineStep)};
+}
+
+void scoreLibraryGrids(const LibraryGrids& grids, const std::vector<std::string>& names,
+                       const std::array<InterpData, 2>& unknowns, std::vector<double>& scores,
+                       std::vector<int>& ranking) {
+    const auto view = [&grids](CacheGrid grid, std::size_t k) {
+        return std::optional<CachedGridEntry>(grids.entry(grid, k));
+    };
+    searchGrids(grids, view, unknowns, names, scores, ranking, {});
+}
+
 void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
-    const std::vector<double>& scores = library.PERC_MATCH;
+    std::vector<int> order = rankingOf(library.PERC_MATCH);
+    library.MI_SORTINDEXPERCENTS = order;
+    library.MI_SORTINDEX = std::move(order);
+}
+
+std::vector<int> rankingOf(const std::vector<double>& scores) {
     std::vector<int> order(scores.size());
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&scores](int a, int b) {
@@ -210,8 +248,7 @@ void SORT_PERCENTS(LIBRARY_GLOBALS& library) {
         const double sb = scores[static_cast<std::size_t>(b)];
         return sa > sb || (std::isnan(sb) && !std::isnan(sa));
     });
-    library.MI_SORTINDEXPERCENTS = order;
-    library.MI_SORTINDEX = std::move(order);
+    return order;
 }
 
 LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
@@ -221,8 +258,7 @@ LibrarySearchSource READ_LIBRARY(const std::filesystem::path& libraryFolder,
     if (x.empty() || y.empty()) {
         throwSearchError("The selected area holds no data points to search with.");
     }
-    const std::array<InterpData, 2> unknowns{unknownOnGrid(x, y, kCoarseStep),
-                                             unknownOnGrid(x, y, kFineStep)};
+    const std::array<InterpData, 2> unknowns = unknownOnSearchGrids(x, y);
     finishInterruptedCompilation(libraryFolder);
     for (std::string_view file : {kSlowLibraryFile, kFastLibraryFile}) {
         std::error_code error;

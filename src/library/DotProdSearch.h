@@ -9,11 +9,13 @@
 #include "library/MatchScore.h"
 #include "processing/InterpAndNorm.h"
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quarvex {
 
@@ -42,6 +44,22 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder,
 /// Orders MI_SORTINDEXPERCENTS (and MI_SORTINDEX) by PERC_MATCH: best first, equal scores in
 /// library order, a score that is not a number last.
 void SORT_PERCENTS(LIBRARY_GLOBALS& library);
+
+/// The ranking of `scores` (0-based entries) in SORT_PERCENTS's order.
+std::vector<int> rankingOf(const std::vector<double>& scores);
+
+/// The unknown (x ascending, not empty) on the grids of the two passes (steps 2.0 and 1.0),
+/// normalised. Throws QuarvexError (title "Raman Library") when nothing of it lands on a grid.
+std::array<InterpData, 2> unknownOnSearchGrids(std::span<const float> x, std::span<const float> y);
+
+class LibraryGrids;
+
+/// READ_LIBRARY's two passes over grids held in memory: `scores` (one per entry of the name list
+/// `names`, all 0 on entry) and `ranking` become READ_LIBRARY's PERC_MATCH and
+/// MI_SORTINDEXPERCENTS, bit for bit. Several threads may score over the same grids at once.
+void scoreLibraryGrids(const LibraryGrids& grids, const std::vector<std::string>& names,
+                       const std::array<InterpData, 2>& unknowns, std::vector<double>& scores,
+                       std::vector<int>& ranking);
 
 /// Where a search reads the library's grids from.
 enum class GridSource {

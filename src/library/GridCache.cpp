@@ -1,43 +1,27 @@
 #include "library/GridCache.h"
 
-#include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
 #include "common/TextUtils.h"
 #include "library/CreateLibraryFile.h"
+#include "library/GridCacheFormat.h"
+#include "library/GridCacheWriter.h"
 #include "library/LibraryFileReader.h"
 
 #include <bit>
-#include <cstddef>
 #include <cstring>
-#include <type_traits>
 
 namespace quarvex {
 
 namespace {
 
-constexpr std::array<char, 8> kMagic{'Q', 'V', 'X', 'G', 'R', 'I', 'D', '\n'};
-// Written as is: a cache of the other byte order reads this reversed and is refused.
-constexpr std::uint32_t kByteOrderMark = 0x01020304U;
+using gridcache::Header;
+using gridcache::valueCount;
+
 // The name line of an entry is read into a buffer this wide (as the fine pass reads it).
 constexpr std::size_t kNameLineWidth = 150;
 constexpr std::size_t kReadBuffer = std::size_t{256} << 10;
 constexpr std::array<std::string_view, 4> kFingerprintedFiles{kSlowLibraryFile, kFastLibraryFile,
                                                               kNameListFile, kNameInfoFile};
-constexpr std::array<std::string_view, 2> kGridFiles{kFastLibraryFile, kSlowLibraryFile};
-
-struct Header {
-    std::array<char, 8> magic{};
-    std::uint32_t version = 0;
-    std::uint32_t byteOrder = 0;
-    std::uint64_t fileSize = 0;
-    LibraryFingerprint fingerprint;
-    std::array<std::uint64_t, 2> entryCounts{};
-    std::array<std::uint64_t, 2> tableOffsets{};
-    std::uint64_t namesOffset = 0;
-};
-static_assert(std::is_trivially_copyable_v<Header> && sizeof(Header) == 136);
-static_assert(std::is_trivially_copyable_v<CachedEntry> && sizeof(CachedEntry) == 24);
-static_assert(offsetof(Header, fingerprint) == kGridCacheFingerprintOffset);
 
 std::uint64_t hashOfFile(const std::filesystem::path& path, bool& readable) {
     std::uint64_t hash = 14695981039346656037ULL; // FNV-1a
@@ -55,12 +39,18 @@ std::uint64_t hashOfFile(const std::filesystem::path& path, bool& readable) {
     return hash;
 }
 
-std::size_t valueCount(const CachedEntry& entry) {
-    return entry.regular != 0 ? entry.count : std::size_t{2} * entry.count;
+bool readExactly(std::FILE* file, void* data, std::size_t size) {
+    return std::fread(data, 1, size, file) == size;
 }
 
-// The positions of an entry as a regular run, when they are one bit for bit.
-void describePositions(CachedEntry& entry, const std::vector<float>& x) {
+} // namespace
+
+namespace gridcache {
+
+CachedEntry describeEntry(std::span<const float> x, std::uint64_t offset) {
+    CachedEntry entry;
+    entry.offset = offset;
+    entry.count = static_cast<std::uint32_t>(x.size());
     entry.first = x.empty() ? 0.0F : x[0];
     entry.step = x.size() > 1 ? x[1] - x[0] : 0.0F;
     entry.regular = 1;
@@ -68,20 +58,19 @@ void describePositions(CachedEntry& entry, const std::vector<float>& x) {
         if (std::bit_cast<std::uint32_t>(regularGridX(entry.first, entry.step, i)) !=
             std::bit_cast<std::uint32_t>(x[i])) {
             entry.regular = 0;
-            return;
+            break;
         }
     }
+    return entry;
 }
 
-void writeBytes(std::ostream& out, const void* data, std::size_t size) {
-    out.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
+} // namespace gridcache
+
+std::string fineNameOf(std::string_view nameLine) {
+    return std::string(trimmed(nameLine.substr(0, std::min(nameLine.size(), kNameLineWidth))));
 }
 
-// Appends the entries of one library file to `out` as the search passes read them: after each
-// "==" line the name line, then the data pairs up to the first line that is not one; the next
-// entry begins after the next "==" line.
-bool appendGrid(const std::filesystem::path& path, std::ostream& out, std::uint64_t& position,
-                std::vector<CachedEntry>& table, std::vector<std::string>* names) {
+bool forEachTextEntry(const std::filesystem::path& path, const TextEntryVisitor& visit) {
     LibraryFileReader file(path);
     if (!file.isOpen()) {
         return false;
@@ -93,9 +82,7 @@ bool appendGrid(const std::filesystem::path& path, std::ostream& out, std::uint6
         if (!file.next(nameLine, kNameLineWidth)) {
             break;
         }
-        if (names != nullptr) {
-            names->emplace_back(trimmed(nameLine));
-        }
+        const std::string name = fineNameOf(nameLine);
         x.clear();
         y.clear();
         float lx = 0.0F;
@@ -107,25 +94,10 @@ bool appendGrid(const std::filesystem::path& path, std::ostream& out, std::uint6
         }
         more = line == LibraryFileReader::Line::Separator ||
                (line == LibraryFileReader::Line::Unreadable && file.skipPastSeparator());
-        CachedEntry entry;
-        entry.offset = position;
-        entry.count = static_cast<std::uint32_t>(x.size());
-        describePositions(entry, x);
-        if (entry.regular == 0) {
-            writeBytes(out, x.data(), x.size() * sizeof(float));
-        }
-        writeBytes(out, y.data(), y.size() * sizeof(float));
-        position += valueCount(entry) * sizeof(float);
-        table.push_back(entry);
+        visit(name, x, y);
     }
     return true;
 }
-
-bool readExactly(std::FILE* file, void* data, std::size_t size) {
-    return std::fread(data, 1, size, file) == size;
-}
-
-} // namespace
 
 std::filesystem::path gridCachePath(const std::filesystem::path& folder) {
     std::error_code error;
@@ -178,44 +150,19 @@ bool writeGridCache(const std::filesystem::path& folder) {
         if (!before) {
             return false;
         }
-        AtomicFile cache(gridCachePath(folder));
-        if (!cache.isOpen()) {
-            return false;
-        }
-        std::ostream& out = cache.stream();
-        Header header;
-        writeBytes(out, &header, sizeof header); // filled in at the end
-        std::uint64_t position = sizeof header;
-        std::array<std::vector<CachedEntry>, 2> tables;
-        std::vector<std::string> names;
-        for (std::size_t g = 0; g < kGridFiles.size(); ++g) {
-            if (!appendGrid(folder / kGridFiles[g], out, position, tables[g],
-                            g == 1 ? &names : nullptr)) {
+        GridCacheWriter cache(folder);
+        for (const CacheGrid grid : {CacheGrid::Coarse, CacheGrid::Fine}) {
+            const bool read = forEachTextEntry(
+                folder / (grid == CacheGrid::Coarse ? kFastLibraryFile : kSlowLibraryFile),
+                [&](std::string_view name, std::span<const float> x, std::span<const float> y) {
+                    cache.add(grid, x, y, name);
+                });
+            if (!read) {
                 return false;
             }
         }
-        for (std::size_t g = 0; g < tables.size(); ++g) {
-            header.entryCounts[g] = tables[g].size();
-            header.tableOffsets[g] = position;
-            writeBytes(out, tables[g].data(), tables[g].size() * sizeof(CachedEntry));
-            position += tables[g].size() * sizeof(CachedEntry);
-        }
-        header.namesOffset = position;
-        for (const std::string& name : names) {
-            const auto length = static_cast<std::uint32_t>(name.size());
-            writeBytes(out, &length, sizeof length);
-            out << name;
-            position += sizeof length + name.size();
-        }
-        header.magic = kMagic;
-        header.version = kGridCacheVersion;
-        header.byteOrder = kByteOrderMark;
-        header.fileSize = position;
-        header.fingerprint = *before;
-        out.seekp(0);
-        writeBytes(out, &header, sizeof header);
         // Files replaced while they were read give a cache of neither library: drop it.
-        return libraryFingerprint(folder) == before && cache.commit();
+        return libraryFingerprint(folder) == before && cache.commit(*before);
     } catch (const QuarvexError&) {
         return false; // a library file that is a device or a pipe
     } catch (const std::bad_alloc&) {
@@ -240,11 +187,11 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
     const std::uint64_t size = std::filesystem::file_size(path, error);
     Header header;
     if (error || !readExactly(cache.file_.get(), &header, sizeof header) ||
-        header.magic != kMagic) {
+        header.magic != gridcache::kMagic) {
         whyNot = "the grid cache is not a grid cache file";
         return std::nullopt;
     }
-    if (header.version != kGridCacheVersion || header.byteOrder != kByteOrderMark) {
+    if (header.version != kGridCacheVersion || header.byteOrder != gridcache::kByteOrderMark) {
         whyNot = "the grid cache is of another format version";
         return std::nullopt;
     }
@@ -313,6 +260,7 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
         return std::nullopt;
     }
     cache.position_ = size; // where the names left the file
+    cache.valuesEnd_ = header.tableOffsets[0];
     whyNot.clear();
     return cache;
 }
@@ -332,6 +280,17 @@ std::optional<CachedGridEntry> GridCache::read(CacheGrid grid, std::size_t k,
     }
     position_ = entry.offset + bytes;
     return CachedGridEntry{entry, values};
+}
+
+std::uint64_t GridCache::valuesBegin() const {
+    return sizeof(Header);
+}
+
+bool GridCache::readAllValues(std::vector<float>& values) {
+    values.resize((valuesEnd_ - valuesBegin()) / sizeof(float));
+    position_ = ~std::uint64_t{0};
+    return std::fseek(file_.get(), static_cast<long>(valuesBegin()), SEEK_SET) == 0 &&
+           readExactly(file_.get(), values.data(), values.size() * sizeof(float));
 }
 
 } // namespace quarvex

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -68,6 +69,20 @@ struct CachedGridEntry {
 /// FIND_MATCH over a cached entry: the same score as over the entry's lines of the text file.
 double FIND_MATCH(const CachedGridEntry& cached, const InterpData& INTERP_DATA, int NINT);
 
+/// An entry's name as the fine pass compares it: its name line cut to the width of the line
+/// buffer it is read into, trimmed.
+std::string fineNameOf(std::string_view nameLine);
+
+/// Receives an entry of a library text file: its name (fineNameOf), positions and intensities.
+using TextEntryVisitor =
+    std::function<void(std::string_view name, std::span<const float> x, std::span<const float> y)>;
+
+/// Passes the entries of the library text file `path` in file order as the search passes read
+/// them: after each "==" line the name line, then the data pairs up to the first line that is
+/// not one; the next entry begins after the next "==" line. False when the file cannot be
+/// opened; throws QuarvexError for a device or a pipe.
+bool forEachTextEntry(const std::filesystem::path& path, const TextEntryVisitor& visit);
+
 /// Writes the cache of the library files in `folder` (atomically). False, with no cache
 /// written, when the files cannot be read, the cache cannot be written (a read-only folder), or
 /// the files changed while they were read.
@@ -89,6 +104,14 @@ public:
     /// Empty when the file cannot be read any more (changed under the search).
     std::optional<CachedGridEntry> read(CacheGrid grid, std::size_t k, std::vector<float>& values);
 
+    /// The table of entries of a grid.
+    const std::vector<CachedEntry>& table(CacheGrid grid) const { return tables_[index(grid)]; }
+    /// Reads the values of every entry of both grids, in file order, into `values` (the float at
+    /// byte offset o of the file is values[(o - valuesBegin()) / 4]); false when they cannot be
+    /// read.
+    bool readAllValues(std::vector<float>& values);
+    std::uint64_t valuesBegin() const;
+
 private:
     static std::size_t index(CacheGrid grid) { return static_cast<std::size_t>(grid); }
 
@@ -96,6 +119,7 @@ private:
     std::uint64_t position_ = 0;
     std::array<std::vector<CachedEntry>, 2> tables_;
     std::vector<std::string> fineNames_;
+    std::uint64_t valuesEnd_ = 0;
 };
 
 } // namespace quarvex

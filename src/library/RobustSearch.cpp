@@ -3,6 +3,7 @@
 #include "common/QuarvexError.h"
 #include "common/WorkingFolders.h"
 #include "library/DotProdSearch.h"
+#include "library/RobustGridCache.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,7 +75,7 @@ RobustMatch robustMatch(const RobustSpectrum& unknown, const RobustSpectrum& ent
 
 void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<const float> x,
                          std::span<const float> y, LIBRARY_GLOBALS& library,
-                         const ProgressCallback& progress) {
+                         const ProgressCallback& progress, GridSource source) {
     if (x.empty() || y.empty()) {
         throw QuarvexError("The selected area holds no data points to search with.",
                            std::string(kLibraryErrorTitle));
@@ -90,18 +91,32 @@ void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<c
     if (!std::filesystem::is_regular_file(libraryFolder / kRobustLibraryFile, error)) {
         compileRobustLibrary(libraryFolder, progress);
     }
-    result.MATCH_SHIFT.assign(result.PERC_MATCH.size(), 0);
+    std::optional<RobustCache> cache;
+    if (source == GridSource::CacheWhenValid) {
+        std::string whyNot;
+        cache = RobustCache::open(libraryFolder, whyNot);
+        if (!cache && writeRobustCache(libraryFolder)) {
+            cache = RobustCache::open(libraryFolder, whyNot);
+        }
+    }
     std::size_t k = 0;
-    forEachLibraryBlock(libraryFolder / kRobustLibraryFile,
-                        [&](const RobustSpectrum& entry, double fraction) {
-                            if (k < result.PERC_MATCH.size()) {
-                                const RobustMatch match = robustMatch(unknown, entry);
-                                result.PERC_MATCH[k] = match.score;
-                                result.MATCH_SHIFT[k] = match.shift;
-                            }
-                            ++k;
-                            reportProgress(progress, kSearchingStatus, fraction);
-                        });
+    const auto score = [&](const RobustSpectrum& entry, double fraction) {
+        if (k < result.PERC_MATCH.size()) {
+            const RobustMatch match = robustMatch(unknown, entry);
+            result.PERC_MATCH[k] = match.score;
+            result.MATCH_SHIFT[k] = match.shift;
+        }
+        ++k;
+        reportProgress(progress, kSearchingStatus, fraction);
+    };
+    result.MATCH_SHIFT.assign(result.PERC_MATCH.size(), 0);
+    if (!cache || !cache->forEachBlock(score)) {
+        // The text file, as the cache was made from it: the same scores.
+        k = 0;
+        result.PERC_MATCH.assign(result.PERC_MATCH.size(), 0.0);
+        result.MATCH_SHIFT.assign(result.PERC_MATCH.size(), 0);
+        forEachLibraryBlock(libraryFolder / kRobustLibraryFile, score);
+    }
     SORT_PERCENTS(result);
     library = std::move(result);
 }

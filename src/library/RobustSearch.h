@@ -4,6 +4,7 @@
 
 #include "common/Progress.h"
 #include "library/CreateLibraryFile.h"
+#include "library/DotProdSearch.h"
 #include "library/LibraryGlobals.h"
 #include "library/RobustLibrary.h"
 
@@ -61,11 +62,14 @@ RobustMatch robustMatch(const RobustSpectrum& unknown, const RobustSpectrum& ent
 
 /// Robust search of the unknown (x ascending, the selected area) against the library of
 /// `libraryFolder`: PERC_MATCH and MATCH_SHIFT of every entry, sorted. The robust file is
-/// compiled from the Slow file first when missing. Throws as READ_LIBRARY does, and when the
-/// selected area is narrower than the derivative window; `library` stays as it was.
+/// compiled from the Slow file first when missing. Its blocks are read from the robust cache
+/// when it was made for the files beside it (the same scores bit for bit; made anew when it
+/// can be), else from the robust file. Throws as READ_LIBRARY does, and when the selected area
+/// is narrower than the derivative window; `library` stays as it was.
 void READ_LIBRARY_ROBUST(const std::filesystem::path& libraryFolder, std::span<const float> x,
                          std::span<const float> y, LIBRARY_GLOBALS& library,
-                         const ProgressCallback& progress = {});
+                         const ProgressCallback& progress = {},
+                         GridSource source = GridSource::CacheWhenValid);
 
 /// A search as the user starts it, in `mode`: the library of `home` compiled first when missing
 /// (returned), then READ_LIBRARY (its grid source to `used` when given) or READ_LIBRARY_ROBUST.

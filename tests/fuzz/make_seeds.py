@@ -120,3 +120,24 @@ put_bytes("grid_cache", "regular", grid_cache([([100.0, 102.0], [6.0, 8.0])],
 put_bytes("grid_cache", "stored_positions", grid_cache(
     [([100.0, 102.5], [1.0, 1.0]), ([], [])],
     [([100.5, 101.0, 103.0], [1.0, 2.0, 3.0]), ([103.0], [9.0])]))
+
+
+# Robust caches written from the layout alone: blocks of whole-number grids (first position and
+# values); the fuzz target fills in the fingerprint.
+def robust_cache(blocks):
+    import struct
+    header_size = 128
+    values = b""
+    table = b""
+    for first, ys in blocks:
+        table += struct.pack("<QIi", header_size + len(values), len(ys), first)
+        values += struct.pack(f"<{len(ys)}f", *ys)
+    table_at = header_size + len(values)
+    size = table_at + len(table)
+    header = struct.pack("<8sIIQ4Q4qQQqQQ", b"QVXROBS\n", 1, 0x01020304, size, *([0] * 11),
+                         len(blocks), table_at)
+    return header + values + table
+
+
+put_bytes("robust_cache", "two_blocks", robust_cache([(100, [0.0, 1.0, -0.5]), (98, [2.0] * 20)]))
+put_bytes("robust_cache", "empty_block", robust_cache([(100, []), (-5, [1.0])]))
