@@ -28,11 +28,18 @@ LineReader::LineReader(FilePointer file, std::size_t maxLineLength, std::size_t 
         // Left uninitialised: only what fread put in is read, and readers open several per search.
         capacity_ = std::max<std::size_t>(bufferSize, 1);
         buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+        data_ = buffer_.get();
     }
 }
 
+LineReader::LineReader(std::string_view bytes, std::size_t maxLineLength)
+    : maxLineLength_(maxLineLength), data_(bytes.data()), inMemory_(true), capacity_(bytes.size()),
+      endOfFile_(true) {
+    rewind();
+}
+
 bool LineReader::refill() {
-    if (endOfFile_ || !file_) {
+    if (endOfFile_ || inMemory_ || !file_) {
         return false;
     }
     const std::size_t got = std::fread(buffer_.get(), 1, capacity_, file_.get());
@@ -45,7 +52,7 @@ bool LineReader::refill() {
 }
 
 bool LineReader::next(std::string_view& line) {
-    if (!file_) {
+    if (!isOpen()) {
         return false;
     }
     longLine_.clear();
@@ -59,7 +66,7 @@ bool LineReader::next(std::string_view& line) {
             line = longLine_; // the last line has no end of line
             break;
         }
-        const char* start = buffer_.get() + begin_;
+        const char* start = data_ + begin_;
         const auto* newline = static_cast<const char*>(std::memchr(start, '\n', end_ - begin_));
         const std::size_t length =
             newline ? static_cast<std::size_t>(newline - start) : end_ - begin_;
@@ -99,13 +106,18 @@ bool LineReader::next(std::string_view& line) {
 }
 
 void LineReader::rewind() {
+    lineNumber_ = 0;
+    if (inMemory_) {
+        begin_ = 0;
+        end_ = capacity_;
+        return;
+    }
     if (!file_) {
         return;
     }
     std::rewind(file_.get());
     begin_ = end_ = 0;
     endOfFile_ = false;
-    lineNumber_ = 0;
 }
 
 } // namespace quarvex

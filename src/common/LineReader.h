@@ -38,8 +38,12 @@ public:
     /// openReadableFile took.
     LineReader(FilePointer file, std::size_t maxLineLength, std::size_t bufferSize);
 
+    /// Reads lines straight from `bytes` (a file read whole beforehand), which must outlive the
+    /// reader: nothing is copied.
+    LineReader(std::string_view bytes, std::size_t maxLineLength);
+
     /// False when the file could not be opened (missing, a folder, no permission).
-    bool isOpen() const noexcept { return file_ != nullptr; }
+    bool isOpen() const noexcept { return file_ != nullptr || inMemory_; }
 
     /// The next line, valid only until the next call (copy what must outlive it); false at the
     /// end of the file, on a read error or at a line too long for a text file.
@@ -61,6 +65,8 @@ private:
     FilePointer file_;
     std::size_t maxLineLength_;
     std::unique_ptr<char[]> buffer_;
+    const char* data_ = nullptr; // buffer_, or the bytes read from memory
+    bool inMemory_ = false;
     std::size_t capacity_ = 0;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;

@@ -187,12 +187,15 @@ private:
 
 // A reference spectrum in another format is read by its reader (the first spectrum of a file
 // of several); the program's own text, and whatever no reader takes, by the text reader as ever.
+// The file is read once; its bytes serve the sniffs and the reader.
 SpectrumRecord readReferenceSpectrum(const std::filesystem::path& path) {
-    const SpectrumFormat* format = findSpectrumFormat(path);
+    const SpectrumFileBytes file = readSpectrumFileBytes(path);
+    const SpectrumFormat* format = findSpectrumFormat(path, file);
     if (format == nullptr || format->name == kTextFormatName) {
-        return FILL_IN_SPECDATA_ARRAYS(path, 0);
+        return file.whole ? FILL_IN_SPECDATA_ARRAYS(path, file.bytes, 0)
+                          : FILL_IN_SPECDATA_ARRAYS(path, 0);
     }
-    return format->read(path, {}).front();
+    return readSpectra(*format, path, file, {}).front();
 }
 
 } // namespace

@@ -17,11 +17,13 @@
 #include <cctype>
 #include <clocale>
 #include <cmath>
+#include <istream>
 #include <limits>
 #include <locale.h>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <streambuf>
 #include <string>
 
 namespace quarvex {
@@ -58,13 +60,43 @@ const xylib::FormatInfo* formatNamed(const char* name) {
     return static_cast<const xylib::FormatInfo*>(xylib_get_format_by_name(name));
 }
 
+// A read-only stream buffer over bytes held elsewhere: each format's check reads the file's head
+// without a copy of it.
+class ViewBuffer : public std::streambuf {
+public:
+    explicit ViewBuffer(std::string_view bytes) {
+        // The get area is only read; std::streambuf takes it as char* all the same.
+        char* begin = const_cast<char*>(bytes.data());
+        setg(begin, begin, begin + bytes.size());
+    }
+
+protected:
+    pos_type seekoff(off_type offset, std::ios_base::seekdir way,
+                     std::ios_base::openmode /*which*/) override {
+        const off_type base = way == std::ios_base::beg   ? 0
+                              : way == std::ios_base::cur ? gptr() - eback()
+                                                          : egptr() - eback();
+        return seekpos(base + offset, std::ios_base::in);
+    }
+
+    pos_type seekpos(pos_type position, std::ios_base::openmode /*which*/) override {
+        const off_type at = position;
+        if (at < 0 || at > egptr() - eback()) {
+            return pos_type(off_type(-1));
+        }
+        setg(eback(), eback() + at, egptr());
+        return position;
+    }
+};
+
 // xylib's own check of a format on `bytes`; a check that throws is a "no".
 bool passesCheck(const char* format, std::string_view bytes) {
     const xylib::FormatInfo* info = formatNamed(format);
     if (info == nullptr) {
         return false;
     }
-    std::istringstream stream{std::string(bytes)};
+    ViewBuffer buffer(bytes);
+    std::istream stream(&buffer);
     try {
         return xylib::check_format(info, stream, nullptr);
     } catch (const std::exception&) {
@@ -303,7 +335,11 @@ bool looksLikeDiffractionFile(std::string_view head, std::string_view extensionL
 }
 
 std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& path) {
-    const std::string bytes = readFileBytes(path);
+    return readDiffractionBytes(path, readFileBytes(path));
+}
+
+std::vector<SpectrumRecord> readDiffractionBytes(const std::filesystem::path& path,
+                                                 std::string_view bytes) {
     const std::string extension = lowerExtension(path);
     if (std::string_view(bytes).starts_with(kRawVersion4Magic)) {
         fail(path, "Bruker RAW version 4 is not supported (versions 1 to 3 are)");
@@ -317,7 +353,7 @@ std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& pat
         kColumnExtensions.end()) {
         records.push_back(readXyColumns(bytes, path));
     } else {
-        records = readXylibFile(bytes, path, extension);
+        records = readXylibFile(std::string(bytes), path, extension);
     }
     const std::string base = path.filename().string();
     for (std::size_t k = 0; k < records.size(); ++k) {

@@ -22,4 +22,8 @@ bool looksLikeDiffractionFile(std::string_view head, std::string_view extensionL
 /// passed on), Bruker RAW version 4 and .brml files, no data, or non-finite values.
 std::vector<SpectrumRecord> readDiffractionFile(const std::filesystem::path& path);
 
+/// readDiffractionFile on the bytes of the file at `path`, read beforehand.
+std::vector<SpectrumRecord> readDiffractionBytes(const std::filesystem::path& path,
+                                                 std::string_view bytes);
+
 } // namespace quarvex

@@ -20,15 +20,20 @@ void collectNotes(const SpectrumRecord& record, std::vector<std::string>& notes)
 
 LoadedFile loadSpectrumFile(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,
                             const std::filesystem::path& path, const ReadOptions& options) {
-    const SpectrumFormat& format = detectSpectrumFormat(path);
+    const SpectrumFileBytes file = readSpectrumFileBytes(path);
+    const SpectrumFormat& format = detectSpectrumFormat(path, file);
     LoadedFile loaded;
     loaded.format = format.name;
     if (format.name == kTextFormatName) {
-        loaded.first = READ_SPECDATA_FILE(specdata, mineralInfo, path, &loaded.skipped);
+        // As READ_SPECDATA_FILE, on the bytes already read.
+        SpectrumRecord record = file.whole ? READ_SPECDATA_RECORD(path, file.bytes, &loaded.skipped)
+                                           : READ_SPECDATA_RECORD(path, &loaded.skipped);
+        mineralInfo = record.header;
+        loaded.first = appendSpectrum(specdata, std::move(record));
         loaded.count = 1;
         return loaded;
     }
-    std::vector<SpectrumRecord> spectra = format.read(path, options);
+    std::vector<SpectrumRecord> spectra = readSpectra(format, path, file, options);
     for (const SpectrumRecord& record : spectra) {
         if (record.x.empty()) {
             throw QuarvexError("No data points found in " + path.string() +

@@ -5,29 +5,42 @@
 #include "common/TextUtils.h"
 #include "specdata/SpecDataManager.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 
 namespace quarvex {
 
-std::string readFileBytes(const std::filesystem::path& path, std::size_t maxBytes) {
-    const FilePointer file = openReadableFile(path);
+std::string readFileUpTo(const std::filesystem::path& path, std::size_t maxBytes,
+                         PipeReading pipes) {
+    const FilePointer file = openReadableFile(path, pipes);
     if (!file) {
         throw QuarvexError(std::string(kFileReadErrorText), std::string(kFileReadErrorTitle));
     }
+    // Read straight into the string, a chunk at a time: no second copy.
+    constexpr std::size_t kChunk = std::size_t{1} << 16;
     std::string bytes;
-    std::array<char, 1 << 16> chunk{};
-    std::size_t got = 0;
-    while ((got = std::fread(chunk.data(), 1, chunk.size(), file.get())) > 0) {
-        if (bytes.size() + got > maxBytes) {
-            throw QuarvexError(path.string() + ": larger than " + std::to_string(maxBytes >> 20) +
-                                   " MB, more than an instrument file of this kind holds",
-                               std::string(kDataFileErrorTitle));
+    std::size_t size = 0;
+    while (size <= maxBytes) {
+        bytes.resize(size + kChunk);
+        const std::size_t got = std::fread(bytes.data() + size, 1, kChunk, file.get());
+        size += got;
+        if (got < kChunk) {
+            break;
         }
-        bytes.append(chunk.data(), got);
     }
+    bytes.resize(std::min(size, maxBytes + 1));
     if (std::ferror(file.get()) != 0) {
         throw QuarvexError(std::string(kFileReadErrorText), std::string(kFileReadErrorTitle));
+    }
+    return bytes;
+}
+
+std::string readFileBytes(const std::filesystem::path& path, std::size_t maxBytes) {
+    std::string bytes = readFileUpTo(path, maxBytes);
+    if (bytes.size() > maxBytes) {
+        throw QuarvexError(path.string() + ": larger than " + std::to_string(maxBytes >> 20) +
+                               " MB, more than an instrument file of this kind holds",
+                           std::string(kDataFileErrorTitle));
     }
     return bytes;
 }

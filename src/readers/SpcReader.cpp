@@ -275,7 +275,11 @@ bool looksLikeSpc(std::string_view head, std::string_view extensionLower) {
 }
 
 std::vector<SpectrumRecord> readSpcFile(const std::filesystem::path& path) {
-    const std::string content = readFileBytes(path);
+    return readSpcBytes(path, readFileBytes(path));
+}
+
+std::vector<SpectrumRecord> readSpcBytes(const std::filesystem::path& path,
+                                         std::string_view content) {
     const Bytes bytes(content);
     if (bytes.size() < 2) {
         unsupported(path, bytes.size() == 0 ? 0 : bytes.u8(0));

@@ -23,4 +23,8 @@ bool looksLikeSpc(std::string_view head, std::string_view extensionLower);
 /// header whose counts the file does not hold; another message for non-finite values.
 std::vector<SpectrumRecord> readSpcFile(const std::filesystem::path& path);
 
+/// readSpcFile on the bytes of the file at `path`, read beforehand.
+std::vector<SpectrumRecord> readSpcBytes(const std::filesystem::path& path,
+                                         std::string_view content);
+
 } // namespace quarvex

@@ -5,6 +5,7 @@
 #include "readers/DelimitedText.h"
 #include "readers/DiffractionReader.h"
 #include "readers/JcampReader.h"
+#include "readers/ReaderFiles.h"
 #include "readers/SpcReader.h"
 #include "specdata/SpecDataManager.h"
 
@@ -26,6 +27,12 @@ std::vector<SpectrumRecord> readProgramText(const std::filesystem::path& path,
     return {READ_SPECDATA_RECORD(path)};
 }
 
+std::vector<SpectrumRecord> readProgramTextBytes(const std::filesystem::path& path,
+                                                 std::string_view bytes,
+                                                 const ReadOptions& /*options*/) {
+    return {READ_SPECDATA_RECORD(path, bytes)};
+}
+
 // The SPC and diffraction readers take extensions without the dot and need no options.
 std::string_view withoutDot(std::string_view extensionLower) {
     return extensionLower.starts_with('.') ? extensionLower.substr(1) : extensionLower;
@@ -40,6 +47,12 @@ std::vector<SpectrumRecord> readSpc(const std::filesystem::path& path,
     return readSpcFile(path);
 }
 
+std::vector<SpectrumRecord> readSpcFromBytes(const std::filesystem::path& path,
+                                             std::string_view bytes,
+                                             const ReadOptions& /*options*/) {
+    return readSpcBytes(path, bytes);
+}
+
 bool isDiffraction(std::string_view head, std::string_view extensionLower) {
     return looksLikeDiffractionFile(head, withoutDot(extensionLower));
 }
@@ -49,20 +62,26 @@ std::vector<SpectrumRecord> readDiffraction(const std::filesystem::path& path,
     return readDiffractionFile(path);
 }
 
+std::vector<SpectrumRecord> readDiffractionFromBytes(const std::filesystem::path& path,
+                                                     std::string_view bytes,
+                                                     const ReadOptions& /*options*/) {
+    return readDiffractionBytes(path, bytes);
+}
+
 // Binary formats with a signature first, then text formats with a marked header; the delimited
 // reader takes only text that the program's own reader would read wrongly or in part.
 constexpr std::array kFormats{
-    SpectrumFormat{"SPC", "SPC Files (*.spc)|*.spc|", isSpc, readSpc},
+    SpectrumFormat{"SPC", "SPC Files (*.spc)|*.spc|", isSpc, readSpc, readSpcFromBytes},
     SpectrumFormat{"JCAMP-DX", "JCAMP-DX Files (*.jdx *.dx *.jcm)|*.jdx;*.dx;*.jcm|", isJcampDx,
                    readJcampDx},
     SpectrumFormat{"diffraction",
                    "Diffraction Files (*.raw *.rd *.sd *.xrdml *.udf *.uxd *.cpi *.dbw *.rit *.neu "
                    "*.xy *.xye)|*.raw;*.rd;*.sd;*.xrdml;*.udf;*.uxd;*.cpi;*.dbw;*.rit;*.neu;*.xy;"
                    "*.xye|",
-                   isDiffraction, readDiffraction},
+                   isDiffraction, readDiffraction, readDiffractionFromBytes},
     SpectrumFormat{"CSV", "Delimited Text Files (*.csv *.tsv)|*.csv;*.tsv|", isDelimitedText,
                    readDelimitedText},
-    SpectrumFormat{kTextFormatName, "", isProgramText, readProgramText},
+    SpectrumFormat{kTextFormatName, "", isProgramText, readProgramText, readProgramTextBytes},
 };
 
 std::string lowerExtension(const std::filesystem::path& path) {
@@ -88,8 +107,25 @@ std::span<const SpectrumFormat> spectrumFormats() {
     return kFormats;
 }
 
-const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path) {
-    const std::string head = readFileHead(path);
+SpectrumFileBytes readSpectrumFileBytes(const std::filesystem::path& path) {
+    SpectrumFileBytes file{readFileUpTo(path, kWholeFileBytes, PipeReading::ReadOnce), true};
+    if (file.bytes.size() > kWholeFileBytes) {
+        std::error_code error;
+        if (!std::filesystem::is_regular_file(path, error)) {
+            throw QuarvexError(path.string() + ": a pipe of more than " +
+                                   std::to_string(kWholeFileBytes >> 20) +
+                                   " MB: save it to a file first",
+                               std::string(kDataFileErrorTitle));
+        }
+        file.bytes.resize(kSniffBytes);
+        file.whole = false;
+    }
+    return file;
+}
+
+const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path,
+                                         const SpectrumFileBytes& file) {
+    const std::string_view head = std::string_view(file.bytes).substr(0, kSniffBytes);
     const std::string extension = lowerExtension(path);
     for (const SpectrumFormat& format : kFormats) {
         if (format.sniff(head, extension)) {
@@ -99,8 +135,23 @@ const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path) {
     return nullptr;
 }
 
-const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path) {
-    if (const SpectrumFormat* format = findSpectrumFormat(path)) {
+const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path) {
+    return findSpectrumFormat(path, SpectrumFileBytes{readFileHead(path), false});
+}
+
+std::vector<SpectrumRecord> readSpectra(const SpectrumFormat& format,
+                                        const std::filesystem::path& path,
+                                        const SpectrumFileBytes& file, const ReadOptions& options) {
+    if (file.whole && format.readBytes != nullptr) {
+        return format.readBytes(path, file.bytes, options);
+    }
+    return format.read(path, options);
+}
+
+namespace {
+
+const SpectrumFormat& knownFormat(const std::filesystem::path& path, const SpectrumFormat* format) {
+    if (format != nullptr) {
         return *format;
     }
     throw QuarvexError(path.string() + ": not a spectrum file Quarvex can read (tried: text, CSV, "
@@ -108,10 +159,22 @@ const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path) {
                        std::string(kDataFileErrorTitle));
 }
 
+} // namespace
+
+const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path) {
+    return knownFormat(path, findSpectrumFormat(path));
+}
+
+const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path,
+                                           const SpectrumFileBytes& file) {
+    return knownFormat(path, findSpectrumFormat(path, file));
+}
+
 SpectrumFileContents readSpectrumFile(const std::filesystem::path& path,
                                       const ReadOptions& options) {
-    const SpectrumFormat& format = detectSpectrumFormat(path);
-    return {format.name, format.read(path, options)};
+    const SpectrumFileBytes file = readSpectrumFileBytes(path);
+    const SpectrumFormat& format = detectSpectrumFormat(path, file);
+    return {format.name, readSpectra(format, path, file, options)};
 }
 
 std::string openDialogFilter(std::string_view previousExtension) {

@@ -23,6 +23,11 @@ struct SpectrumFormat {
     /// Reads every spectrum of the file (at least one) or throws QuarvexError.
     std::vector<SpectrumRecord> (*read)(const std::filesystem::path& path,
                                         const ReadOptions& options);
+    /// The same reading on the file's bytes, read beforehand; null when the reader opens the
+    /// file itself.
+    std::vector<SpectrumRecord> (*readBytes)(const std::filesystem::path& path,
+                                             std::string_view bytes,
+                                             const ReadOptions& options) = nullptr;
 };
 
 /// Bytes of a file's beginning that the sniffs see.
@@ -31,6 +36,31 @@ inline constexpr std::size_t kSniffBytes = 64 * 1024;
 /// The first kSniffBytes bytes of a file (fewer when the file is shorter). Throws QuarvexError
 /// ("ERROR WITH INCOMING DATA, FILE READ") when it cannot be opened.
 std::string readFileHead(const std::filesystem::path& path);
+
+/// Largest file the format entry point reads whole; a larger regular file is sniffed from its
+/// head and read by its reader from the file, as the readers stream or bound it themselves.
+inline constexpr std::size_t kWholeFileBytes = std::size_t{256} << 20;
+
+/// A spectrum file read once for the sniffs and the readers.
+struct SpectrumFileBytes {
+    std::string bytes; ///< the whole file, or its first kSniffBytes bytes when not `whole`
+    bool whole = true;
+};
+
+/// Reads `path` once: a regular file or a named pipe (also "<(command)"). Throws QuarvexError
+/// ("ERROR WITH INCOMING DATA, FILE READ") when it cannot be opened, a message for a device or
+/// a socket, and one for a pipe larger than kWholeFileBytes.
+SpectrumFileBytes readSpectrumFileBytes(const std::filesystem::path& path);
+
+/// The first format whose sniff takes a file of these bytes (extension from `path`); null when
+/// none does.
+const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path,
+                                         const SpectrumFileBytes& file);
+
+/// The spectra of the file read by `format`, from `file`'s bytes when they are whole.
+std::vector<SpectrumRecord> readSpectra(const SpectrumFormat& format,
+                                        const std::filesystem::path& path,
+                                        const SpectrumFileBytes& file, const ReadOptions& options);
 
 /// The formats in the order they are tried; the program's own text format comes last, since it
 /// reads any text.
@@ -44,6 +74,10 @@ const SpectrumFormat* findSpectrumFormat(const std::filesystem::path& path);
 /// opened ("ERROR WITH INCOMING DATA, FILE READ") and "FILE: not a spectrum file Quarvex can
 /// read (tried: ...)" when no format takes it.
 const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path);
+
+/// detectSpectrumFormat on the bytes of the file, read once by readSpectrumFileBytes.
+const SpectrumFormat& detectSpectrumFormat(const std::filesystem::path& path,
+                                           const SpectrumFileBytes& file);
 
 /// The spectra of one file and the format they were read in.
 struct SpectrumFileContents {

@@ -161,9 +161,8 @@ void countSkipped(SkippedLines& skipped, std::string_view line, std::int64_t lin
 // Reads every data line of a file with `readValues` (which fills the caller's variables) and
 // calls `onValues` for each accepted line; a non-finite value ends the read with a message.
 template <class ReadValues, class OnValues>
-FileHeader readDataLines(const std::filesystem::path& path, ReadValues readValues,
-                         OnValues onValues) {
-    LineReader reader = openOrThrow(path);
+FileHeader readDataLines(LineReader& reader, const std::filesystem::path& path,
+                         ReadValues readValues, OnValues onValues) {
     FileHeader header;
     scanLines(reader, path, header, [&](std::string_view line, std::int64_t lineNumber) {
         switch (readValues(line)) {
@@ -193,8 +192,7 @@ struct BothReadings {
     std::int64_t firstNonFiniteChannel = 0;
 };
 
-BothReadings readBothWays(const std::filesystem::path& path, std::size_t bufferSize) {
-    LineReader reader = openOrThrow(path, PipeReading::ReadOnce, bufferSize);
+BothReadings readBothWays(LineReader& reader, const std::filesystem::path& path) {
     BothReadings read;
     scanLines(reader, path, read.header, [&](std::string_view line, std::int64_t lineNumber) {
         float x = 0.0F;
@@ -270,27 +268,8 @@ SpectrumRecord energyRecord(std::vector<float> channels, const std::filesystem::
     return record;
 }
 
-} // namespace
-
-void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo,
-              std::vector<std::string>& comments) {
-    std::string_view line;
-    while (reader.next(line)) {
-        if (startsWithKey(line, kCommentEnd)) {
-            return;
-        }
-        if (startsWithKey(line, kDataTypeKey)) {
-            dtype = fitted(trimmed(line.substr(kDataTypeKey.size())), kMineralInfoWidth);
-        } else if (startsWithKey(line, kWaveKey)) {
-            waveInfo = fitted(trimmed(line.substr(kWaveKey.size())), kMineralInfoWidth);
-        } else {
-            comments.emplace_back(line);
-        }
-    }
-}
-
-SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
-                                       std::int64_t expectedPoints) {
+SpectrumRecord readPairRecord(LineReader& reader, const std::filesystem::path& path,
+                              std::int64_t expectedPoints) {
     std::vector<float> x;
     std::vector<float> y;
     x.reserve(static_cast<std::size_t>(expectedPoints));
@@ -298,7 +277,7 @@ SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
     float pointX = 0.0F;
     float pointY = 0.0F;
     FileHeader header = readDataLines(
-        path, [&](std::string_view line) { return readPoint(line, pointX, pointY); },
+        reader, path, [&](std::string_view line) { return readPoint(line, pointX, pointY); },
         [&] {
             x.push_back(pointX);
             y.push_back(pointY);
@@ -306,18 +285,10 @@ SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
     return pairRecord(std::move(x), std::move(y), path, header);
 }
 
-std::string describeSkipped(const SkippedLines& skipped) {
-    if (skipped.count == 0) {
-        return {};
-    }
-    return std::to_string(skipped.count) + (skipped.count == 1 ? " line" : " lines") +
-           " skipped (" + (skipped.calibrated ? "not one or two numbers" : "not two numbers") +
-           "), first at line " + std::to_string(skipped.firstLine);
-}
-
-SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLines* skipped,
-                                    std::size_t bufferSize) {
-    BothReadings read = readBothWays(path, bufferSize);
+// The record of a file both ways in one pass (see READ_SPECDATA_RECORD).
+SpectrumRecord readWholeRecord(LineReader& reader, const std::filesystem::path& path,
+                               SkippedLines* skipped) {
+    BothReadings read = readBothWays(reader, path);
     const bool calibrated = read.header.calibrated;
     if (calibrated && read.firstNonFiniteChannel != 0) {
         throwNotFinite(path, read.firstNonFiniteChannel);
@@ -339,6 +310,58 @@ SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLi
         *skipped = passedOver;
     }
     return record;
+}
+
+} // namespace
+
+void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo,
+              std::vector<std::string>& comments) {
+    std::string_view line;
+    while (reader.next(line)) {
+        if (startsWithKey(line, kCommentEnd)) {
+            return;
+        }
+        if (startsWithKey(line, kDataTypeKey)) {
+            dtype = fitted(trimmed(line.substr(kDataTypeKey.size())), kMineralInfoWidth);
+        } else if (startsWithKey(line, kWaveKey)) {
+            waveInfo = fitted(trimmed(line.substr(kWaveKey.size())), kMineralInfoWidth);
+        } else {
+            comments.emplace_back(line);
+        }
+    }
+}
+
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
+                                       std::int64_t expectedPoints) {
+    LineReader reader = openOrThrow(path);
+    return readPairRecord(reader, path, expectedPoints);
+}
+
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path, std::string_view bytes,
+                                       std::int64_t expectedPoints) {
+    LineReader reader(bytes, LineReader::kDefaultMaxLineLength);
+    return readPairRecord(reader, path, expectedPoints);
+}
+
+std::string describeSkipped(const SkippedLines& skipped) {
+    if (skipped.count == 0) {
+        return {};
+    }
+    return std::to_string(skipped.count) + (skipped.count == 1 ? " line" : " lines") +
+           " skipped (" + (skipped.calibrated ? "not one or two numbers" : "not two numbers") +
+           "), first at line " + std::to_string(skipped.firstLine);
+}
+
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, SkippedLines* skipped,
+                                    std::size_t bufferSize) {
+    LineReader reader = openOrThrow(path, PipeReading::ReadOnce, bufferSize);
+    return readWholeRecord(reader, path, skipped);
+}
+
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, std::string_view bytes,
+                                    SkippedLines* skipped) {
+    LineReader reader(bytes, LineReader::kDefaultMaxLineLength);
+    return readWholeRecord(reader, path, skipped);
 }
 
 int READ_SPECDATA_FILE(SPECDATA_GLOBALS& specdata, MINERALINFO& mineralInfo,

@@ -39,6 +39,10 @@ std::string describeSkipped(const SkippedLines& skipped);
 SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path,
                                        std::int64_t expectedPoints);
 
+/// FILL_IN_SPECDATA_ARRAYS on the bytes of the file at `path`, read beforehand: the same record.
+SpectrumRecord FILL_IN_SPECDATA_ARRAYS(const std::filesystem::path& path, std::string_view bytes,
+                                       std::int64_t expectedPoints);
+
 /// Reads the lines of one comment block after "<COM>", up to a line that begins with "</COM>"
 /// (or the end of the file), taking "dtype:" and "wave:" from them and every other line into
 /// `comments`.
@@ -56,6 +60,11 @@ void READ_COM(LineReader& reader, std::string& dtype, std::string& waveInfo,
 SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path,
                                     SkippedLines* skipped = nullptr,
                                     std::size_t bufferSize = LineReader::kDefaultBufferSize);
+
+/// READ_SPECDATA_RECORD on the bytes of the file at `path`, read beforehand (once, so a pipe
+/// works too): the same record and the same messages.
+SpectrumRecord READ_SPECDATA_RECORD(const std::filesystem::path& path, std::string_view bytes,
+                                    SkippedLines* skipped = nullptr);
 
 /// Reads a spectrum file into a new spectrum at the end of the set, which becomes the active
 /// one; its header values also go to `mineralInfo`. Returns the new index (0-based). On any
