@@ -1,5 +1,6 @@
-// The spectrum file reader reads each file in one pass, through a buffer of any size: every
-// buffer gives the same record, and a named pipe with a writer is read like a file.
+// The spectrum file reader reads each file in one pass, through a buffer of any size or from the
+// file's bytes in memory: each gives the same record, and a named pipe with a writer is read like
+// a file.
 #include "specdata/SpecDataManager.h"
 
 #include "common/QuarvexError.h"
@@ -10,7 +11,9 @@
 
 #include <chrono>
 #include <fcntl.h>
+#include <fstream>
 #include <future>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
@@ -32,6 +35,37 @@ Outcome readThrough(const std::filesystem::path& path, std::size_t bufferSize) {
     Outcome outcome;
     try {
         outcome.record = READ_SPECDATA_RECORD(path, &outcome.skipped, bufferSize);
+    } catch (const QuarvexError& error) {
+        outcome.error = error.title() + ": " + error.text();
+    }
+    return outcome;
+}
+
+std::string fileBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The same read on the file's bytes, read here beforehand, as the format entry point does.
+Outcome readFromBytes(const std::filesystem::path& path) {
+    const std::string bytes = fileBytes(path);
+    Outcome outcome;
+    try {
+        outcome.record = READ_SPECDATA_RECORD(path, bytes, &outcome.skipped);
+    } catch (const QuarvexError& error) {
+        outcome.error = error.title() + ": " + error.text();
+    }
+    return outcome;
+}
+
+// The pairs-only reading of the library compilation, from the file or from its bytes.
+Outcome readPairs(const std::filesystem::path& path, bool fromBytes) {
+    const std::string bytes = fileBytes(path);
+    Outcome outcome;
+    try {
+        outcome.record =
+            fromBytes ? FILL_IN_SPECDATA_ARRAYS(path, bytes, 0) : FILL_IN_SPECDATA_ARRAYS(path, 0);
+        outcome.skipped = {outcome.record.skippedLines, outcome.record.firstSkippedLine, false};
     } catch (const QuarvexError& error) {
         outcome.error = error.title() + ": " + error.text();
     }
@@ -168,6 +202,8 @@ TEST(SpectrumReadPass, EveryBufferSizeReadsTheShippedExamplesAlike) {
                               entry.path().filename().string() + " through " +
                                   std::to_string(bufferSize) + " bytes");
         }
+        expectSameOutcome(readFromBytes(entry.path()), reference,
+                          entry.path().filename().string() + " from memory");
     }
     EXPECT_GE(files, 10);
 }
@@ -195,6 +231,9 @@ TEST(SpectrumReadPass, EveryBufferSizeReadsCraftedFilesAlike) {
                               std::string(c.what) + " through " + std::to_string(bufferSize) +
                                   " bytes");
         }
+        expectSameOutcome(readFromBytes(path), reference, std::string(c.what) + " from memory");
+        expectSameOutcome(readPairs(path, true), readPairs(path, false),
+                          std::string(c.what) + ", pairs from memory");
     }
 }
 
