@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
+#include <random>
 
 #include <string>
 #include <vector>
@@ -176,6 +178,43 @@ TEST(ListReader, ThePairFastPathReadsExactlyLikeTheGeneralReader) {
         if (general) {
             EXPECT_EQ(std::memcmp(&fastX, &x, sizeof x), 0) << '"' << record << '"';
             EXPECT_EQ(std::memcmp(&fastY, &y, sizeof y), 0) << '"' << record << '"';
+        }
+    }
+}
+
+// Short decimals take a shortcut of their own (a whole number divided by a power of ten): over
+// many random ones, around 2^24 and with up to 12 decimals, it gives the general reader's float
+// (std::from_chars's correct rounding) bit for bit, and the same verdict.
+TEST(ListReader, ShortDecimalsReadExactlyLikeTheGeneralReader) {
+    std::mt19937_64 random(17);
+    const auto digitsOf = [&](int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i) {
+            text.push_back(static_cast<char>('0' + random() % 10));
+        }
+        return text;
+    };
+    const char* separators[] = {" ", ", ", "\t", ",", "x", "e5", "E-3", "e", ".", "/"};
+    for (int i = 0; i < 200'000; ++i) {
+        const int count = 1 + static_cast<int>(random() % 11);
+        const std::string digits = i % 5 == 0 ? std::to_string((1U << 24) - 3 + random() % 7)
+                                              : digitsOf(count); // every fifth around 2^24
+        const auto point = random() % (digits.size() + 3);
+        const std::string unsigned_ =
+            point <= digits.size() ? digits.substr(0, point) + "." + digits.substr(point) : digits;
+        const std::string number = (random() % 3 == 0 ? "-" : "") + unsigned_;
+        const std::string record = "  " + number + separators[random() % std::size(separators)] +
+                                   digitsOf(1 + static_cast<int>(random() % 8));
+        float fastX = -7.0F;
+        float fastY = -7.0F;
+        float x = -7.0F;
+        float y = -7.0F;
+        const bool fast = readRealPair(record, fastX, fastY);
+        const bool general = readAll(record, x, y);
+        ASSERT_EQ(fast, general) << '"' << record << '"';
+        if (general) {
+            ASSERT_EQ(std::memcmp(&fastX, &x, sizeof x), 0) << '"' << record << '"';
+            ASSERT_EQ(std::memcmp(&fastY, &y, sizeof y), 0) << '"' << record << '"';
         }
     }
 }
