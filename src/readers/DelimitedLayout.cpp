@@ -136,10 +136,13 @@ DelimitedLayout analyseDelimited(std::string_view head, bool wholeFile) {
         if (lineNumber == 1 && line.starts_with("\xEF\xBB\xBF")) {
             line.remove_prefix(3); // a byte-order mark
         }
-        layout.programKeys =
-            layout.programKeys ||
-            std::any_of(kProgramKeys.begin(), kProgramKeys.end(),
-                        [&](std::string_view key) { return startsWithKey(trimmed(line), key); });
+        if (std::any_of(kProgramKeys.begin(), kProgramKeys.end(),
+                        [&](std::string_view key) { return startsWithKey(trimmed(line), key); })) {
+            // The program's own text: never taken as delimited, so nothing more to learn (every
+            // reference file of the library is sniffed, and most are of this kind).
+            layout.programKeys = true;
+            return layout;
+        }
         if (!trimmed(line).empty()) {
             lines.push_back(line);
             lineNumbers.push_back(lineNumber);

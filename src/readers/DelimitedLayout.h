@@ -25,7 +25,8 @@ struct DelimitedLayout {
 };
 
 /// Learns the layout from the beginning of a file (a last line cut by the end of `head` is left
-/// out when `head` may be only part of the file).
+/// out when `head` may be only part of the file). At the first line with a key of the program's
+/// own text format it stops with `programKeys` set and the rest unlearned.
 DelimitedLayout analyseDelimited(std::string_view head, bool wholeFile);
 
 /// Splits `line` into its fields: separators inside double quotes do not count, the quotes
