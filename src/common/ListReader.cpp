@@ -56,40 +56,46 @@ constexpr std::ptrdiff_t kLongestNumber = 64;
 // Powers of ten that single precision holds exactly (5^10 < 2^24).
 constexpr std::array<float, 11> kExactPowersOfTen{1e0F, 1e1F, 1e2F, 1e3F, 1e4F, 1e5F,
                                                   1e6F, 1e7F, 1e8F, 1e9F, 1e10F};
-constexpr std::uint64_t kLargestExactMantissa = std::uint64_t{1} << 24;
+constexpr std::uint32_t kLargestExactMantissa = std::uint32_t{1} << 24;
+
+// Appends the digits at `at` to `mantissa`; false once it passes kLargestExactMantissa.
+bool appendDigits(const char*& at, const char* end, std::uint32_t& mantissa) {
+    for (; at < end && *at >= '0' && *at <= '9'; ++at) {
+        mantissa = mantissa * 10 + static_cast<std::uint32_t>(*at - '0');
+        if (mantissa > kLargestExactMantissa) {
+            return false;
+        }
+    }
+    return true;
+}
 
 // A decimal without exponent whose digits make a whole number up to 2^24 and that has at most 10
 // decimals: both are exact floats, so one correctly rounded division gives what std::from_chars
 // gives, at a fraction of its cost. Null when the text is not of that kind.
 const char* readShortDecimal(const char* first, const char* end, float& value) {
-    const char* at = first;
-    const bool negative = at < end && *at == '-';
-    at += negative ? 1 : 0;
-    std::uint64_t mantissa = 0;
-    int digits = 0;
-    int decimals = -1; // -1 until the point
-    for (; at < end; ++at) {
-        const char c = *at;
-        if (c >= '0' && c <= '9') {
-            mantissa = mantissa * 10 + static_cast<std::uint64_t>(c - '0');
-            if (mantissa > kLargestExactMantissa) {
-                return nullptr;
-            }
-            ++digits;
-            decimals += decimals >= 0 ? 1 : 0;
-        } else if (c == '.' && decimals < 0) {
-            decimals = 0;
-        } else {
-            break;
-        }
+    const bool negative = first < end && *first == '-';
+    const char* at = first + (negative ? 1 : 0);
+    const char* digitsStart = at;
+    std::uint32_t mantissa = 0;
+    if (!appendDigits(at, end, mantissa)) {
+        return nullptr;
     }
-    const int scale = std::max(decimals, 0);
-    if (digits == 0 || scale >= static_cast<int>(kExactPowersOfTen.size()) ||
+    std::ptrdiff_t digits = at - digitsStart;
+    std::ptrdiff_t decimals = 0;
+    if (at < end && *at == '.') {
+        const char* decimalsStart = ++at;
+        if (!appendDigits(at, end, mantissa)) {
+            return nullptr;
+        }
+        decimals = at - decimalsStart;
+        digits += decimals;
+    }
+    if (digits == 0 || decimals >= std::ssize(kExactPowersOfTen) ||
         (at < end && (*at == 'e' || *at == 'E'))) {
         return nullptr;
     }
     const float magnitude =
-        static_cast<float>(mantissa) / kExactPowersOfTen[static_cast<std::size_t>(scale)];
+        static_cast<float>(mantissa) / kExactPowersOfTen[static_cast<std::size_t>(decimals)];
     value = negative ? -magnitude : magnitude;
     return at;
 }
