@@ -108,10 +108,14 @@ std::span<const SpectrumFormat> spectrumFormats() {
 }
 
 SpectrumFileBytes readSpectrumFileBytes(const std::filesystem::path& path) {
+    std::error_code error;
+    const bool regular = std::filesystem::is_regular_file(path, error);
+    if (regular && std::filesystem::file_size(path, error) > kWholeFileBytes && !error) {
+        return {readFileHead(path), false};
+    }
     SpectrumFileBytes file{readFileUpTo(path, kWholeFileBytes, PipeReading::ReadOnce), true};
     if (file.bytes.size() > kWholeFileBytes) {
-        std::error_code error;
-        if (!std::filesystem::is_regular_file(path, error)) {
+        if (!regular) {
             throw QuarvexError(path.string() + ": a pipe of more than " +
                                    std::to_string(kWholeFileBytes >> 20) +
                                    " MB: save it to a file first",
