@@ -192,10 +192,6 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::siz
         library.MI_FILENAMES.emplace_back(trimmed(line));
     }
     const std::size_t entries = library.MI_FILENAMES.size();
-    for (auto* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
-                        &library.CHEMISTRIES, &library.MI_WAVE}) {
-        field->resize(entries);
-    }
     for (std::size_t k = 0; k < entries; ++k) {
         // Copies: a line read is valid only until the next one is read.
         std::array<std::string, kNameInfoLines> lines{};
@@ -204,11 +200,16 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::siz
                 value = line;
             } // else a short file leaves the remaining descriptions blank
         }
-        library.MIGRELT_ID[k] = firstValue(lines[0]);
-        library.MINAMES[k] = firstValue(lines[1]);
-        library.LOCALITIES[k] = trimmed(lines[2]);
-        library.CHEMISTRIES[k] = trimmed(lines[3]);
-        library.MI_WAVE[k] = trimmed(std::string_view(lines[4]).substr(0, kWaveCodeWidth));
+        library.MIGRELT_ID.push_back(firstValue(lines[0]));
+        library.MINAMES.push_back(firstValue(lines[1]));
+        library.LOCALITIES.push_back(trimmed(lines[2]));
+        library.CHEMISTRIES.push_back(trimmed(lines[3]));
+        library.MI_WAVE.push_back(trimmed(std::string_view(lines[4]).substr(0, kWaveCodeWidth)));
+    }
+    library.MI_FILENAMES.shrink_to_fit();
+    for (TextColumn* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
+                              &library.CHEMISTRIES, &library.MI_WAVE}) {
+        field->shrink_to_fit();
     }
     library.PERC_MATCH.assign(entries, 0.0);
     return library;

@@ -253,12 +253,13 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
         if (names.size() - at < length) {
             return std::nullopt;
         }
-        cache.fineNames_.emplace_back(names.data() + at, length);
+        cache.fineNames_.push_back(std::string_view(names).substr(at, length));
         at += length;
     }
     if (at != names.size()) {
         return std::nullopt;
     }
+    cache.fineNames_.shrink_to_fit();
     cache.position_ = size; // where the names left the file
     cache.valuesEnd_ = header.tableOffsets[0];
     whyNot.clear();
