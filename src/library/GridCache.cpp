@@ -242,6 +242,12 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
         !readExactly(cache.file_.get(), names.data(), names.size())) {
         return std::nullopt;
     }
+    // The names take the buffer less their 4-byte lengths: room for exactly that, no growth.
+    const std::uint64_t lengthBytes = header.entryCounts[1] * sizeof(std::uint32_t);
+    if (lengthBytes > names.size()) {
+        return std::nullopt;
+    }
+    cache.fineNames_.reserve(header.entryCounts[1], names.size() - lengthBytes);
     std::size_t at = 0;
     for (std::uint64_t k = 0; k < header.entryCounts[1]; ++k) {
         std::uint32_t length = 0;
@@ -259,7 +265,6 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
     if (at != names.size()) {
         return std::nullopt;
     }
-    cache.fineNames_.shrink_to_fit();
     cache.position_ = size; // where the names left the file
     cache.valuesEnd_ = header.tableOffsets[0];
     whyNot.clear();

@@ -18,6 +18,11 @@ std::string_view TextColumn::view(std::size_t k) const {
     return std::string_view(text_).substr(begin, ends_[k] - begin);
 }
 
+void TextColumn::reserve(std::size_t elements, std::size_t bytes) {
+    text_.reserve(text_.size() + bytes);
+    ends_.reserve(ends_.size() + elements);
+}
+
 void TextColumn::shrink_to_fit() {
     text_.shrink_to_fit();
     ends_.shrink_to_fit();

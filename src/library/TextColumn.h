@@ -23,6 +23,8 @@ public:
     std::string_view view(std::size_t k) const;
     /// Element `k` as a string, for the callers that keep or convert it.
     std::string operator[](std::size_t k) const { return std::string(view(k)); }
+    /// Makes room for `elements` more elements of `bytes` text in all, when they are known.
+    void reserve(std::size_t elements, std::size_t bytes);
     /// Returns the room kept for further elements.
     void shrink_to_fit();
 

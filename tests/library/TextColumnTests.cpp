@@ -20,17 +20,26 @@ TEST(TextColumn, GivesBackEveryElementInPlace) {
         {"", "Rose quartz", "", std::string(300, 'x'), "Minas Gerais, far away", ""},
         {std::string("a\0b", 3), "785"},
     };
-    for (const std::vector<std::string>& texts : columns) {
-        TextColumn column;
-        for (const std::string& text : texts) {
-            column.push_back(text);
-        }
-        column.shrink_to_fit();
-        ASSERT_EQ(column.size(), texts.size());
-        EXPECT_EQ(column.empty(), texts.empty());
-        for (std::size_t k = 0; k < texts.size(); ++k) {
-            EXPECT_EQ(column.view(k), texts[k]) << k;
-            EXPECT_EQ(column[k], texts[k]) << k;
+    for (const bool reserved : {false, true}) {
+        for (const std::vector<std::string>& texts : columns) {
+            TextColumn column;
+            if (reserved) { // room made up front, as the grid cache does for its names
+                std::size_t bytes = 0;
+                for (const std::string& text : texts) {
+                    bytes += text.size();
+                }
+                column.reserve(texts.size(), bytes);
+            }
+            for (const std::string& text : texts) {
+                column.push_back(text);
+            }
+            column.shrink_to_fit();
+            ASSERT_EQ(column.size(), texts.size());
+            EXPECT_EQ(column.empty(), texts.empty());
+            for (std::size_t k = 0; k < texts.size(); ++k) {
+                EXPECT_EQ(column.view(k), texts[k]) << k;
+                EXPECT_EQ(column[k], texts[k]) << k;
+            }
         }
     }
 }
