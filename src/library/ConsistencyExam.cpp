@@ -31,8 +31,7 @@ struct SearchScratch {
 // Searches the entry's own reference file against the library held in memory, exactly as
 // READ_LIBRARY would, and records where the entry and its closest rival stand.
 void examineEntry(const std::filesystem::path& folder, ExaminedEntry& exam,
-                  const LibraryGrids& grids, const std::vector<std::string>& names,
-                  SearchScratch& search) {
+                  const LibraryGrids& grids, const TextColumn& names, SearchScratch& search) {
     if (isNotASpectrumFile(exam.fileName)) {
         exam.problem = "not a spectrum: a report file in the library folder takes a name-list "
                        "line but no entry, so the entries that follow are listed one line late";
@@ -70,7 +69,7 @@ void examineEntry(const std::filesystem::path& folder, ExaminedEntry& exam,
 class ParallelExam {
 public:
     ParallelExam(const std::filesystem::path& folder, std::vector<ExaminedEntry>& entries,
-                 const LibraryGrids& grids, const std::vector<std::string>& names)
+                 const LibraryGrids& grids, const TextColumn& names)
         : folder_(folder), entries_(entries), grids_(grids), names_(names) {}
 
     void run(const ProgressCallback& progress, unsigned workers) {
@@ -129,7 +128,7 @@ private:
     const std::filesystem::path& folder_;
     std::vector<ExaminedEntry>& entries_;
     const LibraryGrids& grids_;
-    const std::vector<std::string>& names_;
+    const TextColumn& names_;
     std::atomic<std::size_t> next_{0};
     std::atomic<bool> stop_{false};
     std::mutex guard_;

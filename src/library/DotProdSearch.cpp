@@ -92,12 +92,12 @@ void scorePass(const std::filesystem::path& path, const InterpData& unknown,
 }
 
 // The names of the first min(N, 25) entries of the coarse ranking: the fine pass's candidates.
-std::vector<std::string_view> fineCandidates(const std::vector<std::string>& names,
+std::vector<std::string_view> fineCandidates(const TextColumn& names,
                                              const std::vector<int>& ranking) {
     const std::size_t count = std::min<std::size_t>(names.size(), kFinePassCandidates);
     std::vector<std::string_view> candidates;
     for (std::size_t r = 0; r < count; ++r) {
-        candidates.emplace_back(names[static_cast<std::size_t>(ranking[r])]);
+        candidates.push_back(names.view(static_cast<std::size_t>(ranking[r])));
     }
     return candidates;
 }
@@ -144,8 +144,8 @@ bool scoreCachedPass(const Grids& grids, CacheGrid grid, EntryOf&& entryOf,
 // could not be read.
 template <typename Grids, typename EntryOf>
 bool searchGrids(const Grids& grids, EntryOf&& entryOf, const std::array<InterpData, 2>& unknowns,
-                 const std::vector<std::string>& names, std::vector<double>& scores,
-                 std::vector<int>& ranking, const ProgressCallback& progress) {
+                 const TextColumn& names, std::vector<double>& scores, std::vector<int>& ranking,
+                 const ProgressCallback& progress) {
     if (!scoreCachedPass(grids, CacheGrid::Coarse, entryOf, unknowns[0], scores, nullptr, progress,
                          0.0, kCoarseShare)) {
         return false;
@@ -189,13 +189,9 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::siz
     LIBRARY_GLOBALS library;
     std::string_view line;
     while (nameList.next(line)) {
-        library.MI_FILENAMES.emplace_back(trimmed(line));
+        library.MI_FILENAMES.push_back(trimmed(line));
     }
     const std::size_t entries = library.MI_FILENAMES.size();
-    for (auto* field : {&library.MIGRELT_ID, &library.MINAMES, &library.LOCALITIES,
-                        &library.CHEMISTRIES, &library.MI_WAVE}) {
-        field->resize(entries);
-    }
     for (std::size_t k = 0; k < entries; ++k) {
         // Copies: a line read is valid only until the next one is read.
         std::array<std::string, kNameInfoLines> lines{};
@@ -204,11 +200,15 @@ LIBRARY_GLOBALS loadLibraryEntries(const std::filesystem::path& folder, std::siz
                 value = line;
             } // else a short file leaves the remaining descriptions blank
         }
-        library.MIGRELT_ID[k] = firstValue(lines[0]);
-        library.MINAMES[k] = firstValue(lines[1]);
-        library.LOCALITIES[k] = trimmed(lines[2]);
-        library.CHEMISTRIES[k] = trimmed(lines[3]);
-        library.MI_WAVE[k] = trimmed(std::string_view(lines[4]).substr(0, kWaveCodeWidth));
+        library.MIGRELT_ID.push_back(firstValue(lines[0]));
+        library.MINAMES.push_back(firstValue(lines[1]));
+        library.LOCALITIES.push_back(trimmed(lines[2]));
+        library.CHEMISTRIES.push_back(trimmed(lines[3]));
+        library.MI_WAVE.push_back(trimmed(std::string_view(lines[4]).substr(0, kWaveCodeWidth)));
+    }
+    for (TextColumn* field : {&library.MI_FILENAMES, &library.MIGRELT_ID, &library.MINAMES,
+                              &library.LOCALITIES, &library.CHEMISTRIES, &library.MI_WAVE}) {
+        field->shrink_to_fit();
     }
     library.PERC_MATCH.assign(entries, 0.0);
     return library;
@@ -225,7 +225,7 @@ std::array<InterpData, 2> unknownOnSearchGrids(std::span<const float> x, std::sp
     return {unknownOnGrid(x, y, kCoarseStep), unknownOnGrid(x, y, kFineStep)};
 }
 
-void scoreLibraryGrids(const LibraryGrids& grids, const std::vector<std::string>& names,
+void scoreLibraryGrids(const LibraryGrids& grids, const TextColumn& names,
                        const std::array<InterpData, 2>& unknowns, std::vector<double>& scores,
                        std::vector<int>& ranking) {
     const auto view = [&grids](CacheGrid grid, std::size_t k) {

@@ -57,7 +57,7 @@ class LibraryGrids;
 /// READ_LIBRARY's two passes over grids held in memory: `scores` (one per entry of the name list
 /// `names`, all 0 on entry) and `ranking` become READ_LIBRARY's PERC_MATCH and
 /// MI_SORTINDEXPERCENTS, bit for bit. Several threads may score over the same grids at once.
-void scoreLibraryGrids(const LibraryGrids& grids, const std::vector<std::string>& names,
+void scoreLibraryGrids(const LibraryGrids& grids, const TextColumn& names,
                        const std::array<InterpData, 2>& unknowns, std::vector<double>& scores,
                        std::vector<int>& ranking);
 

@@ -242,6 +242,12 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
         !readExactly(cache.file_.get(), names.data(), names.size())) {
         return std::nullopt;
     }
+    // The names take the buffer less their 4-byte lengths: room for exactly that, no growth.
+    const std::uint64_t lengthBytes = header.entryCounts[1] * sizeof(std::uint32_t);
+    if (lengthBytes > names.size()) {
+        return std::nullopt;
+    }
+    cache.fineNames_.reserve(header.entryCounts[1], names.size() - lengthBytes);
     std::size_t at = 0;
     for (std::uint64_t k = 0; k < header.entryCounts[1]; ++k) {
         std::uint32_t length = 0;
@@ -253,7 +259,7 @@ std::optional<GridCache> GridCache::open(const std::filesystem::path& folder, st
         if (names.size() - at < length) {
             return std::nullopt;
         }
-        cache.fineNames_.emplace_back(names.data() + at, length);
+        cache.fineNames_.push_back(std::string_view(names).substr(at, length));
         at += length;
     }
     if (at != names.size()) {

@@ -6,6 +6,7 @@
 
 #include "common/ReadableFile.h"
 #include "library/MatchScore.h"
+#include "library/TextColumn.h"
 
 #include <array>
 #include <cstdint>
@@ -98,7 +99,7 @@ public:
     /// Entries of a grid (those of its ".rsf" file, in file order).
     std::size_t count(CacheGrid grid) const { return tables_[index(grid)].size(); }
     /// Trimmed name line of entry `k` of the fine grid, as the fine pass compares it.
-    std::string_view fineName(std::size_t k) const { return fineNames_[k]; }
+    std::string_view fineName(std::size_t k) const { return fineNames_.view(k); }
 
     /// Reads entry `k` of `grid` into `values`; reading entries in order streams the file.
     /// Empty when the file cannot be read any more (changed under the search).
@@ -118,7 +119,7 @@ private:
     FilePointer file_;
     std::uint64_t position_ = 0;
     std::array<std::vector<CachedEntry>, 2> tables_;
-    std::vector<std::string> fineNames_;
+    TextColumn fineNames_;
     std::uint64_t valuesEnd_ = 0;
 };
 

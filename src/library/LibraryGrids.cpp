@@ -16,7 +16,7 @@ LibraryGrids LibraryGrids::load(const std::filesystem::path& folder) {
             grids.tables_[index(grid)] = cache->table(grid);
         }
         for (std::size_t k = 0; k < cache->count(CacheGrid::Fine); ++k) {
-            grids.fineNames_.emplace_back(cache->fineName(k));
+            grids.fineNames_.push_back(cache->fineName(k));
         }
         grids.valuesBegin_ = cache->valuesBegin();
         grids.fromCache_ = true;
@@ -48,7 +48,7 @@ void LibraryGrids::add(CacheGrid grid, std::span<const float> x, std::span<const
     values_.insert(values_.end(), y.begin(), y.end());
     tables_[index(grid)].push_back(entry);
     if (grid == CacheGrid::Fine) {
-        fineNames_.emplace_back(name);
+        fineNames_.push_back(name);
     }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "library/GridCache.h"
+#include "library/TextColumn.h"
 
 #include <array>
 #include <cstdint>
@@ -24,7 +25,7 @@ public:
     /// Entries of a grid (those of its ".rsf" file, in file order).
     std::size_t count(CacheGrid grid) const { return tables_[index(grid)].size(); }
     /// Trimmed name line of entry `k` of the fine grid, as the fine pass compares it.
-    std::string_view fineName(std::size_t k) const { return fineNames_[k]; }
+    std::string_view fineName(std::size_t k) const { return fineNames_.view(k); }
     /// Entry `k` of `grid`, valid as long as the grids are.
     CachedGridEntry entry(CacheGrid grid, std::size_t k) const;
     /// True when the grids were read from the grid cache.
@@ -36,7 +37,7 @@ private:
              std::string_view name);
 
     std::array<std::vector<CachedEntry>, 2> tables_;
-    std::vector<std::string> fineNames_;
+    TextColumn fineNames_;
     std::vector<float> values_;
     std::uint64_t valuesBegin_ = 0; // byte offset of values_[0] in the cache's layout
     bool fromCache_ = false;

@@ -129,6 +129,60 @@ TEST_F(SearchTest, FinePassRescoresTheBestTwentyFive) {
     EXPECT_EQ(library.MI_WAVE[3], "785");
 }
 
+// The entries a search ranks first are shown with their own descriptions when the name files
+// are read through buffers far smaller than they are, from the text files and from the cache.
+// Entry k has coarse values (1, k/60), so its coarse score rises with k; every entry equals the
+// unknown on the fine grid, so the 25 best (35..59) tie at 100 in library order.
+TEST_F(SearchTest, RankedEntriesKeepTheirDescriptionsThroughSmallBuffers) {
+    constexpr int kEntries = 60;
+    std::string slow;
+    std::string fast;
+    std::string names;
+    std::string info;
+    for (int k = 0; k < kEntries; ++k) {
+        const std::string n = std::to_string(k);
+        const std::string name = "Mineral" + n + ".txt\n";
+        names.append(name);
+        info.append("R" + n + "\n'Name " + n + "' second word\n Locality of entry " + n +
+                    ", far away \nCa" + n + "(SiO4)\n532 nm\n");
+        fast.append("==\n").append(name).append("100 1\n102 ");
+        fast.append(std::to_string(k / 60.0)).append("\n");
+        slow.append("==\n").append(name).append("100 2\n101 2\n102 2\n");
+    }
+    put(std::string(kSlowLibraryFile), slow);
+    put(std::string(kFastLibraryFile), fast);
+    put(std::string(kNameListFile), names);
+    put(std::string(kNameInfoFile), info);
+    std::vector<int> ranking;
+    for (int k = 35; k < kEntries; ++k) {
+        ranking.push_back(k);
+    }
+    for (int k = 34; k >= 0; --k) {
+        ranking.push_back(k);
+    }
+
+    const std::vector<float> x{100, 101, 102, 103};
+    const std::vector<float> y{1, 1, 1, 1};
+    for (const GridSource source :
+         {GridSource::TextOnly, GridSource::CacheWhenValid, GridSource::CacheWhenValid}) {
+        for (const std::size_t bufferSize : {16U, 64U}) {
+            READ_LIBRARY(folder(), x, y, library, {}, bufferSize, source);
+            ASSERT_EQ(library.MI_SORTINDEXPERCENTS, ranking) << bufferSize;
+            for (std::size_t r = 0; r < kFinePassCandidates; ++r) {
+                const auto k = static_cast<std::size_t>(ranking[r]);
+                const std::string n = std::to_string(k);
+                EXPECT_NEAR(library.PERC_MATCH[k], 100.0, 1.0e-4) << k;
+                EXPECT_EQ(library.MI_FILENAMES[k], "Mineral" + n + ".txt") << bufferSize;
+                EXPECT_EQ(library.MIGRELT_ID[k], "R" + n) << bufferSize;
+                EXPECT_EQ(library.MINAMES[k], "Name " + n) << bufferSize;
+                EXPECT_EQ(library.LOCALITIES[k], "Locality of entry " + n + ", far away");
+                EXPECT_EQ(library.CHEMISTRIES[k], "Ca" + n + "(SiO4)") << bufferSize;
+                EXPECT_EQ(library.MI_WAVE[k], "532") << bufferSize;
+            }
+        }
+    }
+}
+
 // With a "Consistency" report in the folder the name list runs one line ahead: entry k of the
 // data files is scored into place k, and the last name has no data.
 TEST_F(SearchTest, ConsistencyReportShiftsTheNameList) {
