@@ -229,7 +229,8 @@ BlockRead readBlock(const xylib::Block& block, SpectrumRecord& record) {
 // under one header adds that block twice, and freeing the data set then crashes. True when
 // every section has a _DRIVE of its own.
 bool uxdSectionsSeparate(std::string_view bytes) {
-    constexpr std::array<std::string_view, 4> kDataStarts = {"_COUNTS", "_CPS", "_2THETACOUNTS",
+    // xylib starts a section at any key beginning "_COUNT" ("_COUNTS", but also "_COUNTRY").
+    constexpr std::array<std::string_view, 4> kDataStarts = {"_COUNT", "_CPS", "_2THETACOUNTS",
                                                              "_2THETACPS"};
     const auto startsWithKey = [](std::string_view line, std::string_view key) {
         return line.size() >= key.size() &&

@@ -338,7 +338,9 @@ std::vector<SpectrumRecord> readJcampDx(const std::filesystem::path& path,
     std::string_view value;
     std::string_view line;
     const auto close = [&] {
-        if (open.back().form != DataForm::None) {
+        // A table label with no values under it (a LINK block's header, a cut file) is no
+        // spectrum: a record without points would reach the view.
+        if (open.back().form != DataForm::None && !open.back().rawY.empty()) {
             spectra.push_back(finishBlock(path, open.back()));
         }
         open.pop_back();

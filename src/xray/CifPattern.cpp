@@ -145,6 +145,15 @@ std::vector<Line> reflectionSets(const CifCrystal& crystal, const CifPatternSett
                 const double theta = std::asin(settings.wavelength / (2.0 * d));
                 const double intensity =
                     f * static_cast<double>(members.size()) * lorentzPolarisation(theta);
+                // A cell and displacement parameters that disagree (a cubic group on a cell
+                // with another angle, a huge U) give no finite structure factor.
+                if (!std::isfinite(intensity)) {
+                    fail("the intensity of " + std::to_string(shown[0]) + " " +
+                         std::to_string(shown[1]) + " " + std::to_string(shown[2]) +
+                         " is not a finite number: check the cell (_cell_angle_*) and the "
+                         "displacement parameters (_atom_site_aniso_U_*, "
+                         "_atom_site_U_iso_or_equiv)");
+                }
                 lines.push_back({shown, d, intensity, intensity});
             }
         }
