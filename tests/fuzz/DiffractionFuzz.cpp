@@ -6,8 +6,6 @@
 #include "common/QuarvexError.h"
 #include "readers/DiffractionReader.h"
 
-#include "../readers/XylibLeaks.h"
-
 #include <array>
 #include <string>
 

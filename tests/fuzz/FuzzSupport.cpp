@@ -1,5 +1,8 @@
 #include "FuzzSupport.h"
 
+// Every target that reaches the readers' entry point may reach xylib and its leaks.
+#include "../readers/XylibLeaks.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
