@@ -133,6 +133,25 @@ TEST(ListReader, ReadListKeepsNullsWhileReadAllRequiresEveryValue) {
 namespace quarvex {
 namespace {
 
+// The pair reader's verdict and both floats, bit for bit, against the general list reader's.
+::testing::AssertionResult readsLikeTheGeneralReader(const std::string& record) {
+    float fastX = -7.0F;
+    float fastY = -7.0F;
+    float x = -7.0F;
+    float y = -7.0F;
+    const bool fast = readRealPair(record, fastX, fastY);
+    const bool general = readAll(record, x, y);
+    if (fast != general) {
+        return ::testing::AssertionFailure() << '"' << record << "\" verdicts differ";
+    }
+    if (general &&
+        (std::memcmp(&fastX, &x, sizeof x) != 0 || std::memcmp(&fastY, &y, sizeof y) != 0)) {
+        return ::testing::AssertionFailure() << '"' << record << "\" read as " << fastX << ' '
+                                             << fastY << ", not " << x << ' ' << y;
+    }
+    return ::testing::AssertionSuccess();
+}
+
 TEST(ListReader, ThePairFastPathReadsExactlyLikeTheGeneralReader) {
     const char* records[] = {
         "100.5, 7.25",
@@ -168,17 +187,7 @@ TEST(ListReader, ThePairFastPathReadsExactlyLikeTheGeneralReader) {
         "1234567890123456789012345678901234567890123456789012345678901234567 1",
     };
     for (const char* record : records) {
-        float fastX = -7.0F;
-        float fastY = -7.0F;
-        float x = -7.0F;
-        float y = -7.0F;
-        const bool fast = readRealPair(record, fastX, fastY);
-        const bool general = readAll(record, x, y);
-        EXPECT_EQ(fast, general) << '"' << record << '"';
-        if (general) {
-            EXPECT_EQ(std::memcmp(&fastX, &x, sizeof x), 0) << '"' << record << '"';
-            EXPECT_EQ(std::memcmp(&fastY, &y, sizeof y), 0) << '"' << record << '"';
-        }
+        EXPECT_TRUE(readsLikeTheGeneralReader(record));
     }
 }
 
@@ -205,17 +214,7 @@ TEST(ListReader, ShortDecimalsReadExactlyLikeTheGeneralReader) {
         const std::string number = (random() % 3 == 0 ? "-" : "") + unsigned_;
         const std::string record = "  " + number + separators[random() % std::size(separators)] +
                                    digitsOf(1 + static_cast<int>(random() % 8));
-        float fastX = -7.0F;
-        float fastY = -7.0F;
-        float x = -7.0F;
-        float y = -7.0F;
-        const bool fast = readRealPair(record, fastX, fastY);
-        const bool general = readAll(record, x, y);
-        ASSERT_EQ(fast, general) << '"' << record << '"';
-        if (general) {
-            ASSERT_EQ(std::memcmp(&fastX, &x, sizeof x), 0) << '"' << record << '"';
-            ASSERT_EQ(std::memcmp(&fastY, &y, sizeof y), 0) << '"' << record << '"';
-        }
+        ASSERT_TRUE(readsLikeTheGeneralReader(record));
     }
 }
 
