@@ -30,6 +30,9 @@ void GridCacheWriter::add(CacheGrid grid, std::span<const float> x, std::span<co
     const std::uint64_t start = grid == CacheGrid::Coarse ? sizeof(gridcache::Header) : 0;
     const CachedEntry entry = gridcache::describeEntry(x, start + valueBytes_[g]);
     const auto write = [this, grid](const void* data, std::size_t bytes) {
+        if (bytes == 0) {
+            return; // an empty grid's data() may be null, which fwrite must not get
+        }
         if (grid == CacheGrid::Coarse) {
             writeBytes(cache_.stream(), data, bytes);
         } else if (fine_ && std::fwrite(data, 1, bytes, fine_.get()) != bytes) {

@@ -283,7 +283,7 @@ std::vector<SpectrumRecord> readXylibFile(const std::string& bytes,
         fail(path, "the Philips UDF scan is cut short (no closing '/')");
     }
     // A data set whose reading threw is left to xylib, which drops it: freeing it could free its
-    // blocks twice (see tests/readers/XylibLeaks.h).
+    // blocks twice (see readers/XylibLeaks.h).
     const xylib::FormatInfo* info = formatNamed(format);
     std::unique_ptr<xylib::DataSet> dataSet;
     try {

@@ -1,7 +1,7 @@
 #include "FuzzSupport.h"
 
 // Every target that reaches the readers' entry point may reach xylib and its leaks.
-#include "../readers/XylibLeaks.h"
+#include "readers/XylibLeaks.h"
 
 #include <algorithm>
 #include <cstdio>
