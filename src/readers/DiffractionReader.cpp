@@ -246,7 +246,9 @@ bool uxdSectionsSeparate(std::string_view bytes) {
         end = end == std::string_view::npos ? bytes.size() : end;
         const std::string_view line = trimmed(bytes.substr(start, end - start));
         start = end + 1;
-        if (startsWithKey(line, "_DRIVE")) {
+        // xylib matches the keys case by case: a "_DRiVE" opens no section for it, so none
+        // here either (the data keys are matched in any case: that only refuses more).
+        if (line.starts_with("_DRIVE")) {
             headerOpen = true;
         } else if (std::any_of(kDataStarts.begin(), kDataStarts.end(),
                                [&](std::string_view key) { return startsWithKey(line, key); })) {
