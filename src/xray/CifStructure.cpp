@@ -135,6 +135,19 @@ void CifCrystalReader::readCell(gemmi::cif::Block& block) {
     }
 }
 
+// In a Hall symbol the axis symbols ' " * follow a rotation order ("P 3 2\"", "R 3*"); gemmi
+// indexes past its tables on one that follows anything else (found by fuzzing), so such a
+// symbol never reaches it.
+bool axisSymbolsFollowOrders(const std::string& hall) {
+    for (std::size_t i = 0; i < hall.size(); ++i) {
+        const bool axis = hall[i] == '\'' || hall[i] == '"' || hall[i] == '*';
+        if (axis && (i == 0 || hall[i - 1] < '1' || hall[i - 1] > '6')) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The operators define the frame of the coordinates, so they win over the names.
 void CifCrystalReader::readGroup(gemmi::cif::Block& block) {
     if (groupFromOperators(block)) {
@@ -157,7 +170,9 @@ void CifCrystalReader::readGroup(gemmi::cif::Block& block) {
         if (const std::string hall = value(block, tag); !hall.empty()) {
             const gemmi::SpaceGroup* group = nullptr;
             try {
-                group = gemmi::find_spacegroup_by_ops(gemmi::symops_from_hall(hall.c_str()));
+                if (axisSymbolsFollowOrders(hall)) {
+                    group = gemmi::find_spacegroup_by_ops(gemmi::symops_from_hall(hall.c_str()));
+                }
             } catch (const std::exception&) {
             }
             if (group == nullptr) {
