@@ -3,6 +3,7 @@
 #include "common/AtomicFile.h"
 #include "common/QuarvexError.h"
 #include "library/GridCache.h"
+#include "library/GridCacheFormat.h"
 
 #include <array>
 #include <cstddef>
@@ -13,7 +14,6 @@ namespace quarvex {
 namespace {
 
 constexpr std::array<char, 8> kMagic{'Q', 'V', 'X', 'R', 'O', 'B', 'S', '\n'};
-constexpr std::uint32_t kByteOrderMark = 0x01020304U;
 
 struct Header {
     std::array<char, 8> magic{};
@@ -101,7 +101,7 @@ bool writeRobustCache(const std::filesystem::path& folder) {
         });
         header->magic = kMagic;
         header->version = kRobustCacheVersion;
-        header->byteOrder = kByteOrderMark;
+        header->byteOrder = gridcache::kByteOrderMark;
         header->blockCount = table.size();
         header->tableOffset = position;
         writeBytes(out, table.data(), table.size() * sizeof(RobustCache::Block));
@@ -131,7 +131,7 @@ std::optional<RobustCache> RobustCache::open(const std::filesystem::path& folder
     const std::uint64_t size = std::filesystem::file_size(path, error);
     if (!cache.file_ || error || !readExactly(cache.file_.get(), &header, sizeof header) ||
         header.magic != kMagic || header.version != kRobustCacheVersion ||
-        header.byteOrder != kByteOrderMark || header.fileSize != size) {
+        header.byteOrder != gridcache::kByteOrderMark || header.fileSize != size) {
         whyNot = "the library has no robust cache of this version, or it is damaged";
         return std::nullopt;
     }

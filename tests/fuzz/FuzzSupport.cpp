@@ -3,6 +3,8 @@
 // Every target that reaches the readers' entry point may reach xylib and its leaks.
 #include "readers/XylibLeaks.h"
 
+#include "library/CreateLibraryFile.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -68,6 +70,13 @@ folderContent(const std::filesystem::path& folder) {
     }
     std::sort(files.begin(), files.end());
     return files;
+}
+
+void writeOneEntryLibrary(const std::filesystem::path& folder) {
+    writeFile(folder / kSlowLibraryFile, "==\na\n100 1\n101 2\n");
+    writeFile(folder / kFastLibraryFile, "==\na\n100 1\n");
+    writeFile(folder / kNameListFile, "a\n");
+    writeFile(folder / kNameInfoFile, "i\nn\nl\nc\n785\n");
 }
 
 void fail(std::string_view what) {

@@ -16,6 +16,9 @@ std::filesystem::path freshFolder();
 /// Writes `content` to `path` (replacing it) and returns the path.
 std::filesystem::path writeFile(const std::filesystem::path& path, std::string_view content);
 
+/// Writes the four library files of a one-entry library (grids at 1 and 2 points) into `folder`.
+void writeOneEntryLibrary(const std::filesystem::path& folder);
+
 /// The input as text.
 inline std::string_view asText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};

@@ -4,7 +4,6 @@
 // NaN or within +-100 (Cauchy-Schwarz over the shared points, up to single-precision rounding).
 #include "FuzzSupport.h"
 
-#include "library/CreateLibraryFile.h"
 #include "library/GridCache.h"
 
 #include <cmath>
@@ -15,10 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace quarvex;
     const auto folder = fuzz::freshFolder() / "lib";
     std::filesystem::create_directories(folder);
-    fuzz::writeFile(folder / kSlowLibraryFile, "==\na\n100 1\n101 2\n");
-    fuzz::writeFile(folder / kFastLibraryFile, "==\na\n100 1\n");
-    fuzz::writeFile(folder / kNameListFile, "a\n");
-    fuzz::writeFile(folder / kNameInfoFile, "i\nn\nl\nc\n785\n");
+    fuzz::writeOneEntryLibrary(folder);
     std::string cache(fuzz::asText(data, size));
     const auto fingerprint = libraryFingerprint(folder);
     if (fingerprint && cache.size() >= kGridCacheFingerprintOffset + sizeof *fingerprint) {

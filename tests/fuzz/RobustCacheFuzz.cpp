@@ -4,7 +4,6 @@
 // and values behind it. Every score lies within 0..100 or is NaN.
 #include "FuzzSupport.h"
 
-#include "library/CreateLibraryFile.h"
 #include "library/RobustGridCache.h"
 #include "library/RobustSearch.h"
 
@@ -16,10 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace quarvex;
     const auto folder = fuzz::freshFolder() / "lib";
     std::filesystem::create_directories(folder);
-    fuzz::writeFile(folder / kSlowLibraryFile, "==\na\n100 1\n101 2\n");
-    fuzz::writeFile(folder / kFastLibraryFile, "==\na\n100 1\n");
-    fuzz::writeFile(folder / kNameListFile, "a\n");
-    fuzz::writeFile(folder / kNameInfoFile, "i\nn\nl\nc\n785\n");
+    fuzz::writeOneEntryLibrary(folder);
     fuzz::writeFile(folder / kRobustLibraryFile, "==\na\n100 1\n101 2\n");
     std::string cache(fuzz::asText(data, size));
     const std::optional<std::string> fingerprint = robustCacheFingerprint(folder);
